@@ -5,9 +5,9 @@
 
 /// A 4x4 homogeneous matrix that holds a rigid frame: the axes in the first three columns, the translation in the last.
 ///
-/// `parentFrame * localFrame` is the frame in the parent's coordinates. Derivatives of frames are held in it too, so the
-/// product is the full one; only `inverse`, `repair` and the action on points and vectors take the last row as 0 0 0 1.
-/// A value class of 16 doubles, column after column.
+/// `parentFrame * localFrame` is the frame in the parent's coordinates. Derivatives of frames are held in it too, so
+/// the product is the full one; only `inverse`, `repair` and the action on points and vectors take the last row as 0 0
+/// 0 1. A value class of 16 doubles, column after column.
 class LUM_API ClumMat4
 {
 public:
@@ -15,7 +15,10 @@ public:
   {
     X_AXIS = 0,
     Y_AXIS = 1,
-    Z_AXIS = 2
+    Z_AXIS = 2,
+    INVERSE_X_AXIS = 3, ///< the opposite directions
+    INVERSE_Y_AXIS = 4,
+    INVERSE_Z_AXIS = 5
   };
 
   static const ClumMat4 IDENTITY;
@@ -47,7 +50,7 @@ public:
 
   ClumVect3 translation() const { return column(3); }
   ClumVect3 xAxis() const { return column(0); }
-  ClumVect3 axis(EBaseVector i_axis) const { return column(i_axis); }
+  ClumVect3 axis(EBaseVector i_axis) const { return i_axis < 3 ? column(i_axis) : -column(i_axis - 3u); }
   /// Replaces the last column and leaves the rotation.
   void setTranslation(const ClumVect3& i_translation)
   {
