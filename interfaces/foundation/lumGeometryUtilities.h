@@ -22,13 +22,13 @@ public:
   /// The angle of the rotation that leads from one frame's rotation to the other's, 0 to pi.
   static double slerpAngle(const ClumMat4& i_from, const ClumMat4& i_to);
 
-  /// Angles rx and rz come in [-pi, pi], ry in [-pi/2, pi/2]. In gimbal lock, where only rx ± rz is determined, rz is 0;
-  /// the result gives the frame back there too.
+  /// Angles rx and rz come in [-pi, pi], ry in [-pi/2, pi/2]. In gimbal lock, where only rx ± rz is determined, rz is
+  /// 0; the result gives the frame back there too.
   static void matrixToBryant(const ClumMat4& i_frame, std::vector<double>& o_values);
   /// @param o_values six values.
   static void matrixToBryant(const ClumMat4& i_frame, double* o_values);
-  static void matrixToBryant(const ClumMat4& i_frame, double& o_x, double& o_y, double& o_z, double& o_rx,
-                             double& o_ry, double& o_rz);
+  static void matrixToBryant(const ClumMat4& i_frame, double& o_x, double& o_y, double& o_z, double& o_rx, double& o_ry,
+                             double& o_rz);
   static void matrixToBryant(const ClumMat4& i_frame, ClumVect3& o_translation, ClumVect3& o_angles);
 
   static void bryantToMatrix(double i_x, double i_y, double i_z, double i_rx, double i_ry, double i_rz,

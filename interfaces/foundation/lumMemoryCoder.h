@@ -7,7 +7,8 @@
 /// A coder that keeps its values in memory: what deep copies go through.
 ///
 /// It holds the objects that were encoded until it dies. A graph is decoded once: a second `decodeObject` of the same
-/// object gives the same handle. A pinned object passes by reference: it decodes as itself, and nothing is written of it.
+/// object gives the same handle. A pinned object passes by reference: it decodes as itself, and nothing is written of
+/// it.
 class LUM_API ClumMemoryCoder : public ClumCoder
 {
   LUM_UNREFLECTED(ClumMemoryCoder, ClumCoder);
