@@ -1,0 +1,64 @@
+#pragma once
+
+#include "validation/orvCollisionQuery.h"
+#include "validation/orvValidator.h"
+
+/// What the collision validators share: one name, so that a configuration has one collision report, one vocabulary of
+/// parameters, and the bound on motion that a report gives.
+///
+/// A distance validator refuses by comparing a measured distance with a threshold, any other by touching.
+class LUM_API CorvValidatorCfgCollisionBase : public CorvConfigValidator
+{
+  LUM_ABSTRACT(CorvValidatorCfgCollisionBase, CorvConfigValidator);
+
+public:
+  static const std::string VALIDATOR_NAME;
+
+  ~CorvValidatorCfgCollisionBase() override;
+
+  bool isDistanceValidator() const { return m_isDistanceValidator; }
+  void isDistanceValidator(bool i_isDistanceValidator);
+
+  /// The largest tolerance of the device's bodies. A body that fails makes the status a failure; the others count.
+  virtual lmStatus getMaximumTolerance(const CorvDeviceShPtr& i_device, double& o_tolerance) const;
+  virtual int defaultDistanceMode() const;
+  virtual int defaultComparisonMode() const;
+
+  using CorvValidator::validMotion;
+  /// Reads the allowances in the configuration's report. Fails for an invalid configuration, and at penetration 0 where
+  /// no distance above the sag is known.
+  lmStatus validMotion(const CorvDirectPath& i_dp, double i_param, const CorvConfig& i_cfg,
+                       CorvAbstractPath::EDirection i_direction, const ClumParameterMapConstShPtr& i_params,
+                       double& o_bound, bool& o_exact) const override;
+  bool shouldRevalidateConfig(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
+                              const CorvValidationReportConstShPtr& i_report) const override;
+
+  /// The parameters of a call as a record.
+  CorvCollisionQuery makeQuery(const ClumParameterMapConstShPtr& i_params) const;
+
+  /// Configurations tested and distance or contact queries put to the toolkit since the start of the process.
+  static unsigned long countTests() { return s_countTests; }
+  static unsigned long countQueries() { return s_countQueries; }
+
+  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
+  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
+
+protected:
+  CorvValidatorCfgCollisionBase() = default;
+  CorvValidatorCfgCollisionBase(const CorvConfigSpaceShPtr& i_space, bool i_isDistanceValidator);
+  CorvValidatorCfgCollisionBase(const CorvValidatorCfgCollisionBase&) = default;
+  lmStatus init(const CorvValidatorCfgCollisionBaseWkPtr& i_weakPtr);
+
+  /// True if another validation of the same device, on the validation space, judges the configuration.
+  bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params) const;
+  /// True if the report was made in the present state of the world.
+  virtual bool isUpToDate(const CorvReportCfgCollision& i_report) const;
+  /// The sum of the versions of the device's bodies.
+  static unsigned int bodiesVersionSum(const CorvDevice& i_device);
+
+  static unsigned long s_countTests;
+  static unsigned long s_countQueries;
+
+private:
+  bool m_isDistanceValidator = false;
+};
