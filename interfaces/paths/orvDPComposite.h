@@ -1,0 +1,51 @@
+#pragma once
+
+#include "paths/orvDirectPath.h"
+
+#include <vector>
+
+/// Motions of sub-spaces in parallel, all stretched to the one length that the space's metric gives.
+///
+/// There is one child for each moving sub-space, in rank order; null stands for a sub-space that is wholly passive.
+/// Children are sampled by parameter. Dofs that no child covers are passive.
+class LUM_API CorvDPComposite : public CorvDirectPath
+{
+  LUM_CONCRETE(CorvDPComposite, CorvDirectPath);
+
+public:
+  ~CorvDPComposite() override;
+  static CorvDPCompositeShPtr create(const CorvConfig& i_start, const CorvConfig& i_end,
+                                     const std::vector<CorvDirectPathShPtr>& i_directPaths,
+                                     const CorvSteeringMethodShPtr& i_steeringMethod);
+  static CorvDPCompositeShPtr createCopy(const CorvDPCompositeConstShPtr& i_objectToCopy);
+  CorvAbstractPathShPtr clone() const override;
+
+  unsigned int countDirectPaths() const { return static_cast<unsigned int>(m_directPaths.size()); }
+  CorvDirectPathConstShPtr directPath(unsigned int i_rank) const;
+
+  /// Describes the part of each child that lies in the window, as it is run through.
+  void describe(const CorvPathVisitorShPtr& i_visitor) const override;
+  void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
+  lmStatus convert(const CorvConfigSpaceShPtr& i_space) override;
+
+  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
+  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
+
+protected:
+  CorvDPComposite() = default;
+  CorvDPComposite(const CorvConfig& i_start, const CorvConfig& i_end,
+                  const std::vector<CorvDirectPathShPtr>& i_directPaths,
+                  const CorvSteeringMethodShPtr& i_steeringMethod);
+  CorvDPComposite(const CorvDPComposite& i_other);
+  lmStatus init(const CorvDPCompositeWkPtr& i_weakPtr);
+
+  void interpolate(double i_distance, CorvConfig& io_cfg) const override;
+  double computePrivateLength() const override;
+
+private:
+  bool isWholeSpaceChild() const;
+  CorvDirectPathConstShPtr childInWindow(const CorvDirectPathShPtr& i_child) const;
+  double computeMaxAbsoluteDerivativeForPassiveDof(double i_from, double i_to, unsigned int i_dof) const;
+
+  std::vector<CorvDirectPathShPtr> m_directPaths;
+};
