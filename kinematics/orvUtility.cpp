@@ -1,0 +1,59 @@
+#include "kinematics/orvUtility.h"
+
+#include "foundation/lumDescribe.h"
+#include "foundation/lumPRNGGameRand.h"
+#include "foundation/lumVersion.h"
+
+LUM_DESCRIBE(CorvUtility)
+{
+  i_class.method("static void", "randomSeed", "(unsigned int i_seed)", "", &Self::randomSeed, "SetRandomSeed");
+}
+
+namespace
+{
+/// The generator of the innermost scope of this thread.
+thread_local const ClumPRNGShPtr* t_workerGenerator = nullptr;
+} // namespace
+
+CorvUtility::CWorkerGenerator::CWorkerGenerator(const ClumPRNGShPtr& i_generator)
+  : m_generator(i_generator), m_outer(t_workerGenerator)
+{
+  if (m_generator)
+    t_workerGenerator = &m_generator;
+}
+
+CorvUtility::CWorkerGenerator::~CWorkerGenerator()
+{
+  t_workerGenerator = m_outer;
+}
+
+const ClumPRNGShPtr& CorvUtility::prng()
+{
+  static const ClumPRNGShPtr s_prng = ClumPRNGGameRand::create();
+  return t_workerGenerator ? *t_workerGenerator : s_prng;
+}
+
+void CorvUtility::randomSeed(unsigned int i_seed)
+{
+  prng()->seed(i_seed);
+}
+
+int CorvUtility::random(int i_min, int i_max)
+{
+  return prng()->random(i_min, i_max);
+}
+
+double CorvUtility::random(double i_min, double i_max)
+{
+  return prng()->random(i_min, i_max);
+}
+
+double CorvUtility::normalRand(double i_standardDeviation)
+{
+  return prng()->normalRand(i_standardDeviation);
+}
+
+int CorvUtility::orvaneVersion()
+{
+  return LUM_CODING_VERSION;
+}
