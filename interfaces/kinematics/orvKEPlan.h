@@ -22,7 +22,7 @@ public:
   lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2,
                                  ClumMat4& o_mat) const override;
   lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;
-  /// @param o_velocities three rates: `i_vx`, `i_vy`, and the component of the angular velocity along z.
+  /// @param o_velocities three rates, `i_vx`, `i_vy`, `i_angular`: the axis is not looked at.
   lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
                            std::vector<double>& o_velocities) const override;
 

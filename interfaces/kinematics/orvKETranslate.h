@@ -25,7 +25,7 @@ public:
   lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2,
                                  ClumMat4& o_mat) const override;
   lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;
-  /// @param o_velocities one rate: the component of the linear velocity that the dof moves along.
+  /// @param o_velocities one rate: the component of the linear velocity along the direction in which the dof moves.
   lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
                            std::vector<double>& o_velocities) const override;
 

@@ -40,7 +40,7 @@ public:
   /// Rates of the dofs that give the frame a velocity, as far as the effect can.
   virtual lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
                                    std::vector<double>& o_velocities) const = 0;
-  /// Equal type and equal space (the same, or equal by coding).
+  /// Equal type and equal space.
   virtual bool operator==(const CorvKinematicalEffect& i_other) const;
   bool operator!=(const CorvKinematicalEffect& i_other) const { return !(*this == i_other); }
 
