@@ -31,5 +31,7 @@ protected:
   lmStatus init(const ClumBoxWkPtr& i_weakPtr);
 
 private:
+  bool areSizesSound() const;
+
   double m_size[3] = {1.0, 1.0, 1.0};
 };

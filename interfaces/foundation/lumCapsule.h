@@ -31,6 +31,8 @@ protected:
   lmStatus init(const ClumCapsuleWkPtr& i_weakPtr);
 
 private:
+  bool areSizesSound() const;
+
   double m_radius = 1.0;
   double m_height = 1.0;
 };

@@ -56,7 +56,7 @@ private:
   void objectDidChange(const ShPtr<const ClumNotification>& i_notification);
   void update() const;
   bool hasOwnFrames() const { return m_framesCollection.empty(); }
-  void scene(const ClumSceneWkPtr& i_scene);
+  void scene(const WkPtr<ClumScene>& i_scene);
   /// Takes a member out of the group, or puts it back. @return false if it was not there, or not taken out.
   bool extract(const ClumGeometryShPtr& i_member);
   bool reintegrate(const ClumGeometryShPtr& i_member);

@@ -27,7 +27,7 @@ public:
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
 
 protected:
-  ClumConvex() = default;
+  ClumConvex();
   ClumConvex(const ClumConvex& i_other) = default;
   lmStatus init(const ClumConvexWkPtr& i_weakPtr, const std::vector<ClumPoint3>& i_points);
   lmStatus init(const ClumConvexWkPtr& i_weakPtr);

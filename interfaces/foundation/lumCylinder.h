@@ -33,6 +33,8 @@ protected:
   void makeEnclosure(std::vector<ClumPoint3>& o_points, double& o_radius) const override;
 
 private:
+  bool areSizesSound() const;
+
   double m_radius = 1.0;
   double m_height = 1.0;
 };

@@ -88,8 +88,6 @@ protected:
   void structureDidChange() const;
 
 private:
-  friend class ClumGeometryCollection;
-
   ClumMat4 m_position;
   std::uint64_t m_poseStamp;
   mutable std::uint64_t m_stamp;

@@ -29,5 +29,7 @@ protected:
   lmStatus init(const ClumSphereWkPtr& i_weakPtr);
 
 private:
+  bool areSizesSound() const;
+
   double m_radius = 1.0;
 };

@@ -1,0 +1,173 @@
+#include "foundation/lumSolids.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <numeric>
+#include <tuple>
+
+namespace
+{
+/// The rank, for each vertex, of the first vertex of the same coordinates.
+std::vector<unsigned int> weldedRanks(const std::vector<ClumPoint3>& i_vertices)
+{
+  const auto key = [&](unsigned int i)
+  { return std::make_tuple(i_vertices[i].x(), i_vertices[i].y(), i_vertices[i].z(), i); };
+  std::vector<unsigned int> order(i_vertices.size());
+  std::iota(order.begin(), order.end(), 0u);
+  std::sort(order.begin(), order.end(), [&](unsigned int a, unsigned int b) { return key(a) < key(b); });
+  std::vector<unsigned int> welded(i_vertices.size());
+  for (std::size_t i = 0; i < order.size(); ++i)
+    welded[order[i]] = i > 0 && i_vertices[order[i]] == i_vertices[order[i - 1]] ? welded[order[i - 1]] : order[i];
+  return welded;
+}
+
+/// Disjoint sets with path halving; the smaller rank leads.
+class CSolidSets
+{
+public:
+  explicit CSolidSets(std::size_t i_count) : m_leaders(i_count) { std::iota(m_leaders.begin(), m_leaders.end(), 0u); }
+  std::size_t leader(std::size_t i_rank)
+  {
+    while (m_leaders[i_rank] != i_rank)
+      i_rank = m_leaders[i_rank] = m_leaders[m_leaders[i_rank]];
+    return i_rank;
+  }
+  void join(std::size_t i_a, std::size_t i_b)
+  {
+    const std::size_t a = leader(i_a), b = leader(i_b);
+    m_leaders[std::max(a, b)] = std::min(a, b);
+  }
+
+private:
+  std::vector<std::size_t> m_leaders;
+};
+
+struct CSolidEdge
+{
+  unsigned int low;
+  unsigned int high;
+  bool isForward; ///< from low to high
+  std::size_t triangle;
+  bool operator<(const CSolidEdge& i_other) const
+  {
+    return std::tie(low, high, triangle) < std::tie(i_other.low, i_other.high, i_other.triangle);
+  }
+};
+
+std::vector<CSolidEdge> sortedSolidEdges(const ClumSweptTriangles& i_shape)
+{
+  const std::vector<unsigned int> welded = weldedRanks(i_shape.vertices);
+  std::vector<CSolidEdge> edges;
+  const std::size_t count = i_shape.triangles.size();
+  for (std::size_t i = 0; i < count + i_shape.seams.size(); ++i)
+  {
+    const ClumSweptTriangles::TTriangle& t = i < count ? i_shape.triangles[i] : i_shape.seams[i - count];
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      const unsigned int from = welded[t[k]], to = welded[t[(k + 1) % 3]];
+      if (from != to)
+        edges.push_back({std::min(from, to), std::max(from, to), from < to, i});
+    }
+  }
+  std::sort(edges.begin(), edges.end());
+  return edges;
+}
+
+void solidCorners(const ClumSweptTriangles& i_shape, std::size_t i_triangle, ClumVect3 o_corners[3])
+{
+  for (unsigned int k = 0; k < 3; ++k)
+    o_corners[k] = i_shape.vertices[i_shape.triangles[i_triangle][k]].toVect3();
+}
+} // namespace
+
+ClumSolids::ClumSolids(const ClumSweptTriangles& i_shape)
+{
+  findParts(i_shape);
+  turnOutward(i_shape);
+}
+
+bool ClumSolids::isClosed() const
+{
+  return std::all_of(m_parts.begin(), m_parts.end(), [](const CPart& part) { return part.isClosed; });
+}
+
+bool ClumSolids::hasSolid() const
+{
+  return std::any_of(m_parts.begin(), m_parts.end(), [](const CPart& part) { return part.isClosed; });
+}
+
+void ClumSolids::findParts(const ClumSweptTriangles& i_shape)
+{
+  const std::size_t countTriangles = i_shape.triangles.size();
+  const std::vector<CSolidEdge> edges = sortedSolidEdges(i_shape);
+  const auto isSame = [](const CSolidEdge& a, const CSolidEdge& b) { return a.low == b.low && a.high == b.high; };
+  CSolidSets sets(countTriangles + i_shape.seams.size());
+  for (std::size_t i = 1; i < edges.size(); ++i)
+    if (isSame(edges[i - 1], edges[i]))
+      sets.join(edges[i - 1].triangle, edges[i].triangle);
+
+  // Parts are numbered by their first triangle; a set of seams alone is no part.
+  std::map<std::size_t, std::size_t> rankOfLeader;
+  m_partOfTriangle.resize(countTriangles);
+  for (std::size_t i = 0; i < countTriangles; ++i)
+  {
+    const auto [entry, isNew] = rankOfLeader.emplace(sets.leader(i), m_parts.size());
+    if (isNew)
+    {
+      m_parts.emplace_back();
+      m_parts.back().vertex = i_shape.triangles[i][0];
+    }
+    m_partOfTriangle[i] = entry->second;
+  }
+
+  for (std::size_t begin = 0, end; begin < edges.size(); begin = end)
+  {
+    int balance = 0;
+    for (end = begin; end < edges.size() && isSame(edges[begin], edges[end]); ++end)
+      balance += edges[end].isForward ? 1 : -1;
+    const auto found = rankOfLeader.find(sets.leader(edges[begin].triangle));
+    if (found == rankOfLeader.end())
+      continue;
+    CPart& part = m_parts[found->second];
+    part.isClosed = part.isClosed && (end - begin) % 2 == 0;
+    part.isOriented = part.isOriented && balance == 0;
+  }
+  // A single triangle, which may be a point or a segment, bounds nothing.
+  std::vector<std::size_t> counts(m_parts.size(), 0);
+  for (const std::size_t part : m_partOfTriangle)
+    ++counts[part];
+  for (std::size_t i = 0; i < m_parts.size(); ++i)
+    m_parts[i].isClosed = m_parts[i].isClosed && counts[i] > 1;
+}
+
+/// A part that is turned inside out is a hollow within another part, or else a solid that was written the wrong way.
+void ClumSolids::turnOutward(const ClumSweptTriangles& i_shape)
+{
+  std::vector<double> volumes(m_parts.size(), 0.0);
+  ClumVect3 corners[3];
+  const ClumVect3 origin = i_shape.vertices.empty() ? ClumVect3() : i_shape.vertices[0].toVect3();
+  for (std::size_t i = 0; i < m_partOfTriangle.size(); ++i)
+  {
+    solidCorners(i_shape, i, corners);
+    volumes[m_partOfTriangle[i]] += (corners[0] - origin).scalarProduct((corners[1] - origin) * (corners[2] - origin));
+  }
+  for (std::size_t p = 0; p < m_parts.size(); ++p)
+  {
+    CPart& part = m_parts[p];
+    if (!part.isClosed || !part.isOriented || volumes[p] >= 0.0)
+      continue;
+    const ClumVect3 point = i_shape.vertices[part.vertex].toVect3();
+    int winding = 0;
+    for (std::size_t i = 0; i < m_partOfTriangle.size(); ++i)
+    {
+      const std::size_t other = m_partOfTriangle[i];
+      if (other == p || !m_parts[other].isClosed || !m_parts[other].isOriented || volumes[other] <= 0.0)
+        continue;
+      solidCorners(i_shape, i, corners);
+      winding += lumRayCrossing(point, corners);
+    }
+    if (winding <= 0)
+      part.sign = -1;
+  }
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "foundation/lumExport.h"
+#include "foundation/lumVect3.h"
+
+/// The distance of two triangles, with a nearest point of each; 0 if they touch.
+///
+/// Triangles may be segments or points. The nine pairs of edges are measured first, and end the search when the plane
+/// between the two points found has one triangle on either side; then corners against faces, which also tells whether
+/// an edge pierces a face (as in Larsen, Gottschalk, Lin and Manocha, "Fast proximity queries with swept sphere
+/// volumes", 1999). For a triangle of which the height is less than 3e-8 of its length, the face is passed over: the
+/// distance may then be too large by that height.
+LUM_API double lumTriangleDistance(const ClumVect3 i_s[3], const ClumVect3 i_t[3], ClumVect3& o_onS, ClumVect3& o_onT);
+
+/// By how much that distance may be too large because of the triangle's shape.
+LUM_API double lumTriangleUncertainty(const ClumVect3 i_corners[3]);
