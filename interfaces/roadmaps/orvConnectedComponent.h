@@ -207,37 +207,43 @@ private:
   TLinkedNodeIterator linkedNodes(bool i_in, bool i_out, bool i_own) const;
   CLink link() const;
   static unsigned int countNodesOf(const TLinks& i_links);
-  static void uniteLinks(TLinks& io_links, const TLinks& i_others, const CLink& i_other);
+  static bool contains(const TLinks& i_links, const CorvConnectedComponent& i_component);
+  static void uniteLinks(TLinks& io_links, const CorvConnectedComponent& i_component, const TLinks& i_behind);
   static void eraseDeadLinks(TLinks& io_links);
+  static void eraseLink(TLinks& io_links, const CorvConnectedComponent& i_component);
 
   lmStatus uniteBoxes(bool i_in, bool i_out, TBox& o_box) const;
+  void updateBoundingBox(const CorvNode& i_node);
   void recomputeBoundingBox();
+
   CorvMetricConstShPtr spaceMetric() const;
+  bool isSpaceMetric(const CorvMetricConstShPtr& i_metric) const { return i_metric == spaceMetric(); }
+  bool isIndexCurrent() const;
   void updateIndex(const CorvNodeShPtr& i_newNode);
-  void buildIndex();
-  bool isIndexUsable() const;
-  CorvNodeShPtr scanNearest(const CorvConfig& i_config) const;
-  CorvNodeShPtr scanNearest(const CorvConfig& i_config, const CorvMetricConstShPtr& i_metric) const;
+  void enterIndex(const TNodeList& i_nodes);
+  CorvNodeShPtr scanNearest(const CorvConfig& i_config, const CorvMetric* i_metric) const;
   CorvNodeShPtr nearestOf(const CorvConfig& i_config, const CorvMetricConstShPtr& i_metric, bool i_in,
                           bool i_out) const;
-  std::vector<CorvNodeShPtr> foldNearest(const CorvConfig& i_config, double i_maxDistance, unsigned int i_count,
-                                         const CorvMetricConstShPtr& i_metric, const TLinks& i_others) const;
-  double gapFromSmaller(const CorvConnectedComponent& i_component, const CorvMetricConstShPtr& i_metric,
-                        CorvNodeShPtr& o_from, CorvNodeShPtr& o_to) const;
+  TNodesByDistance scanNearestNodes(const CorvConfig& i_config, double i_maxDistance, unsigned int i_count,
+                                    const CorvMetric* i_metric) const;
+  std::vector<CorvNodeShPtr> foldNearestNodes(const CorvConfig& i_config, double i_maxDistance, unsigned int i_count,
+                                              const CorvMetric* i_metric, const TLinks& i_others) const;
+  double minGapTo(const CorvConnectedComponent& i_component, const CorvMetricConstShPtr& i_metric,
+                  CorvNodeShPtr& o_from, CorvNodeShPtr& o_to) const;
 
   bool holds(const CorvNodeShPtr& i_node) const;
-  void eraseNode(const CorvNodeShPtr& i_node);
-  void leaveRoadmapIfEmpty();
-  static double reachableLengthOf(const CorvConnectedComponent& i_component);
-  static double reachingLengthOf(const CorvConnectedComponent& i_component);
-  static void addReachableLength(const CorvConnectedComponentShPtr& i_component, double i_length);
-  static void addReachingLength(const CorvConnectedComponentShPtr& i_component, double i_length);
-  static TComponents collectMerged(const CorvConnectedComponentShPtr& i_from, const CorvConnectedComponentShPtr& i_to,
-                                   CorvConnectedComponent& io_merged);
-  void relinkNeighbours();
-  void sumMergedLengths(const TComponents& i_parts, const CorvConnectedComponentShPtr& i_largest);
-  void takeNodes(const TComponents& i_parts, const CorvConnectedComponentShPtr& i_largest);
+  lmStatus removeFromRoadmap(const CorvNodeShPtr& i_node);
+  void addReachableLength(double i_length) const;
+  void addReachingLength(double i_length) const;
+  template <class OPERATION>
+  static void forEach(const TLinks& i_links, OPERATION i_operation);
+  static void correctLengthsBeforeConnecting(const CorvConnectedComponentShPtr& i_from,
+                                             const CorvConnectedComponentShPtr& i_to);
+  TComponents takeClosures(const CorvConnectedComponentShPtr& i_from, const CorvConnectedComponentShPtr& i_to);
+  void relinkNeighbours(const CorvConnectedComponentShPtr& i_self);
+  void takeLengths(const TComponents& i_parts, const CorvConnectedComponent& i_largest, double i_edgeLength);
   void takeIndex(const TComponents& i_parts);
+  void takeNodes(const TComponents& i_parts, const CorvConnectedComponent& i_largest);
 
   CorvConnectedComponentWkPtr m_self;
   CorvRoadmapWkPtr m_roadmap;
@@ -251,6 +257,7 @@ private:
   double m_incomingEdgesLength = 0.0;
   double m_outgoingEdgesLength = 0.0;
   mutable std::unique_ptr<CorvNodeIndex> m_index; ///< the cover tree
+  std::size_t m_minSizeForIndex;                  ///< raised when the metric turns out not to be fit for one
   ShPtr<CorvComponentCell> m_cell;                ///< what the nodes hold instead of the component
   std::uint64_t m_serial;
 };

@@ -140,6 +140,7 @@ private:
   void collectTouched(const TNodeSet& i_nodes, const TEdgeSet& i_edges, CTouched& o_touched) const;
   void takeApart(const CTouched& i_touched);
   void rebuild(const CTouched& i_touched);
+  void eraseDroppedComponents();
   void dropHashEntry(const CorvNodeShPtr& i_node);
   bool search(const CorvNodeShPtr& i_start, const CorvNodeShPtr& i_goal, const CorvValidatorShPtr& i_validator,
               const ClumParameterMapConstShPtr& i_parameters, CorvPathShPtr& io_path, TEdgeList& o_edges) const;
@@ -153,6 +154,7 @@ private:
   std::vector<CorvConnectedComponentShPtr> m_components;
   ClumNotificatorShPtr m_notificator;
   unsigned int m_edgeCount = 0;
+  bool m_isRebuilding = false; ///< dropped components stay listed until the end
 
   friend class CorvConnectedComponent;
 };

@@ -1,0 +1,96 @@
+#include "roadmaps/nodeIndex.h"
+
+#include "kinematics/orvConfigSpace.h"
+#include "metrics/orvMetricEuclidean.h"
+
+namespace
+{
+bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space,
+                   std::vector<CorvFlatMetric::CEntry>& o_entries)
+{
+  const CorvMetricEuclidean* euclidean = dynamic_cast<const CorvMetricEuclidean*>(&i_metric);
+  return euclidean && euclidean->getFlatForm(i_space, o_entries);
+}
+
+bool isSameFlatForm(const std::vector<CorvFlatMetric::CEntry>& i_a, const std::vector<CorvFlatMetric::CEntry>& i_b)
+{
+  return std::equal(i_a.begin(), i_a.end(), i_b.begin(), i_b.end(),
+                    [](const CorvFlatMetric::CEntry& a, const CorvFlatMetric::CEntry& b)
+                    { return a.kind == b.kind && a.rank == b.rank && a.scale == b.scale; });
+}
+} // namespace
+
+std::unique_ptr<CorvNodeIndex> CorvNodeIndex::create(const CorvConfigSpaceShPtr& i_space)
+{
+  if (!i_space || !i_space->metric() || i_space->isSteeringOriented())
+    return nullptr;
+  CNodeMetric metric;
+  metric.metric = i_space->metric();
+  metric.dofCount = i_space->size();
+  metric.isFlat = getFlatFormOf(*metric.metric, *i_space, metric.entries);
+  std::unique_ptr<CorvNodeIndex> index(new CorvNodeIndex(std::move(metric)));
+  index->m_version = i_space->version();
+  index->m_metricRevision = CorvMetric::revision();
+  return index;
+}
+
+bool CorvNodeIndex::isCurrent(const CorvConfigSpace& i_space) const
+{
+  const CNodeMetric& used = m_tree.metric();
+  if (i_space.metric() != used.metric || i_space.version() != m_version)
+    return false;
+  if (CorvMetric::revision() == m_metricRevision)
+    return true;
+  std::vector<CorvFlatMetric::CEntry> entries;
+  if (!used.isFlat || !getFlatFormOf(*used.metric, i_space, entries) || !isSameFlatForm(entries, used.entries))
+    return false;
+  m_metricRevision = CorvMetric::revision();
+  return true;
+}
+
+bool CorvNodeIndex::insert(const CorvNodeShPtr& i_node)
+{
+  if (m_tree.size() != 0 && !m_tree.metric().isFlat && !isMeasuredAlikeBothWays(*i_node))
+    return false;
+  return m_tree.insert(i_node, queryFrom(i_node->config())) != m_tree.UNDEFINED;
+}
+
+CorvNodeShPtr CorvNodeIndex::nearest(const CorvConfig& i_config, double i_bound) const
+{
+  const CorvNodeShPtr* found = m_tree.nearest(queryFrom(i_config), i_bound);
+  return found ? *found : CorvNodeShPtr();
+}
+
+CorvNodeIndex::CQuery CorvNodeIndex::queryFrom(const CorvConfig& i_config) const
+{
+  return CQuery{i_config, m_tree.metric().isFlat ? i_config.beginPtr() : nullptr};
+}
+
+bool CorvNodeIndex::isMeasuredAlikeBothWays(const CorvNode& i_node) const
+{
+  const CorvMetric& metric = *m_tree.metric().metric;
+  const CorvConfig& root = m_tree.root()->config();
+  const double there = metric.distance(i_node.config(), root);
+  const double back = metric.distance(root, i_node.config());
+  return std::fabs(there - back) <= 1e-9 * (there + back);
+}
+
+void CorvNodeIndex::CNodeMetric::add(const CorvNodeShPtr& i_node, const CQuery& i_query)
+{
+  if (isFlat)
+    m_values.insert(m_values.end(), i_query.values, i_query.values + dofCount);
+  else
+    m_configs.push_back(&i_node->config());
+}
+
+double CorvNodeIndex::CNodeMetric::squaredDistance(const CQuery& i_query, unsigned int i_rank) const
+{
+  if (isFlat)
+    return CorvFlatMetric::squaredDistance(entries, i_query.values, &m_values[std::size_t(i_rank) * dofCount]);
+  return metric->squaredDistance(i_query.config, *m_configs[i_rank]);
+}
+
+std::size_t CorvNodeIndex::CNodeMetric::allocatedBytes() const
+{
+  return m_values.capacity() * sizeof(double) + m_configs.capacity() * sizeof(const CorvConfig*);
+}

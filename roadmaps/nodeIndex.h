@@ -1,0 +1,66 @@
+#pragma once
+
+#include "foundation/lumCoverTree.h"
+#include "kinematics/orvConfig.h"
+#include "metrics/orvFlatMetric.h"
+#include "roadmaps/orvNode.h"
+
+#include <memory>
+#include <vector>
+
+/// The cover tree of a component's nodes, on the metric that their space had when it was made.
+///
+/// If the metric has a flat form the nodes' values are kept in one array and measured there; otherwise the metric is
+/// called on the configurations. Both give the bits that the metric gives.
+class CorvNodeIndex
+{
+public:
+  /// @return null if nodes of the space cannot be indexed: no metric, or an oriented steering method, with which a
+  /// distance may depend on the direction.
+  static std::unique_ptr<CorvNodeIndex> create(const CorvConfigSpaceShPtr& i_space);
+
+  /// True as long as the space measures as it did when the index was made.
+  bool isCurrent(const CorvConfigSpace& i_space) const;
+  /// A node at the very place of another one is not entered.
+  /// @return false, the index being of no more use, if a distance was infinite, undefined or not the same both ways.
+  bool insert(const CorvNodeShPtr& i_node);
+  /// The nearest node among those not farther than the bound, or null.
+  CorvNodeShPtr nearest(const CorvConfig& i_config, double i_bound) const;
+  std::size_t memorySize() const { return sizeof(*this) + m_tree.allocatedBytes(); }
+
+private:
+  struct CQuery
+  {
+    const CorvConfig& config;
+    const double* values; ///< null without a flat form
+  };
+
+  /// Distances between nodes and configurations.
+  class CNodeMetric
+  {
+  public:
+    using TQuery = CQuery;
+
+    void add(const CorvNodeShPtr& i_node, const CQuery& i_query);
+    double squaredDistance(const CQuery& i_query, unsigned int i_rank) const;
+    bool precedes(const CorvNodeShPtr& i_a, const CorvNodeShPtr& i_b) const { return i_a->serial() < i_b->serial(); }
+    std::size_t allocatedBytes() const;
+
+    CorvMetricConstShPtr metric;
+    unsigned int dofCount = 0;
+    bool isFlat = false;
+    std::vector<CorvFlatMetric::CEntry> entries;
+
+  private:
+    std::vector<double> m_values;             ///< of a flat form: the nodes' values, one node after the other
+    std::vector<const CorvConfig*> m_configs; ///< without a flat form: of the nodes that the tree holds
+  };
+
+  explicit CorvNodeIndex(CNodeMetric i_metric) : m_tree(std::move(i_metric)) {}
+  CQuery queryFrom(const CorvConfig& i_config) const;
+  bool isMeasuredAlikeBothWays(const CorvNode& i_node) const;
+
+  ClumCoverTree<CorvNodeShPtr, CNodeMetric, double> m_tree;
+  unsigned int m_version = 0;
+  mutable unsigned int m_metricRevision = 0;
+};
