@@ -43,7 +43,6 @@ protected:
   void willReturnConfigValidators(const CorvValidatorSetShPtr& i_set) const override;
 
 private:
-  CorvConfigSpace* wrapped() const;
   void wrapDevice();
   void deviceDidChange(const ShPtr<const ClumNotification>& i_notification);
 

@@ -54,6 +54,7 @@ public:
       m_bottom.space = i_other.m_bottom.space;
     m_bottom.index = i_other.m_bottom.index;
     m_bottom.nbSubspaces = i_other.m_bottom.nbSubspaces;
+    m_hasConversionFailed = false;
     m_values = i_other.m_values;
     if (m_walkDepth != 0 || i_other.m_walkDepth != 0)
       copyWalk(i_other);
@@ -91,7 +92,7 @@ public:
   lmStatus getDofValues(std::vector<double>& o_values) const;
   std::vector<double> dofValues() const;
   /// The values as they stand in memory, brought up to date once; good until the next write, conversion or walk.
-  /// Null without a space.
+  /// Null without a space, or if the values could not be converted to it.
   const double* beginPtr() const;
   const double* beginValues() const { return beginPtr(); }
   const double* endValues() const;
@@ -212,19 +213,22 @@ private:
     CorvConfigSpaceShPtr space;
     unsigned int index = 0;
     unsigned int nbSubspaces = 0;
+    unsigned int outerOffset = 0; ///< the value offset to return to
   };
   using TValues = boost::container::small_vector<double, 8>;
 
   const CFrame& topFrame() const { return m_walkDepth == 0 ? m_bottom : m_walk->back(); }
   void copyWalk(const CorvConfig& i_other);
   void pushFrame(const CorvConfigSpaceShPtr& i_space, unsigned int i_offset) const;
-  void popFrame(unsigned int i_offset) const;
+  void popFrame() const;
+  lmStatus endFrame() const;
+  lmStatus nextFrame(const CorvConfigSpaceShPtr& i_space, unsigned int i_step) const;
+  void prepareWalk() const;
   void fillFrom(const double* i_values, std::size_t i_count);
   void decode(ClumCoder& i_coder, const std::string& i_key);
   void selfConvert() const;
   bool isConversionDue() const;
-  void bringUpToDate() const;
-  void selfValidateComputed() const;
+  bool bringUpToDate() const;
   lmStatus convertValues(const CorvConfigSpaceShPtr& i_space, const std::vector<int>* i_map);
   bool makeConvertedValues(const CorvConfigSpace& i_space, const std::vector<int>* i_map, TValues& o_values) const;
   bool isPassive(unsigned int i_valueRank) const;

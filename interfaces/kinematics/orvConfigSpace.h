@@ -9,7 +9,6 @@
 
 #include <deque>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -238,7 +237,8 @@ private:
   enum EDofFlag
   {
     PASSIVE = 1,
-    COMPUTED = 2
+    COMPUTED = 2,
+    CIRCULAR = 4 ///< revolute and unbounded
   };
   using TDofList = ShPtr<const std::vector<CorvDofWkPtr>>;
   using TStack = std::deque<CorvValidatorSetShPtr>;
@@ -249,9 +249,10 @@ private:
   void updateCache() const;
   void fillCache(const CorvConfigSpace& i_space) const;
   void updatePassiveSpaceDataInCache() const;
-  const CConstraintCache& constraintCache() const;
-  void updateConstraintCache() const;
+  ShPtr<const CConstraintCache> constraintCache() const;
   ShPtr<const CValidatorCache> validatorCache() const;
+  bool runValidator(const CorvValidator& i_validator, unsigned int i_rank, const CorvConfig& i_cfg,
+                    const ClumParameterMapConstShPtr& i_params) const;
 
   unsigned int allDofFlags() const
   {
@@ -265,10 +266,16 @@ private:
   }
   unsigned int countDofsWith(unsigned int i_mask, unsigned int i_flags) const;
 
-  lmStatus pushSet(TStack& io_stack, const CorvValidatorSetShPtr& i_set);
-  lmStatus pushCopyOfTop(TStack& io_stack);
-  lmStatus popSet(TStack& io_stack);
-  TStack& stack(TStack CorvConfigSpace::*i_stack) const;
+  using TStackMember = TStack CorvConfigSpace::*;
+  lmStatus pushSet(TStackMember i_stack, const CorvValidatorSetShPtr& i_set);
+  lmStatus pushCopyOfTop(TStackMember i_stack);
+  lmStatus popSet(TStackMember i_stack);
+  lmStatus fillStack(TStackMember i_stack, const CorvValidatorSetShPtr& i_set);
+  bool hasSameDofsAs(const CorvConfigSpace& i_other) const;
+  void markTransitivelyLocked(std::vector<bool>& o_isLocked, std::vector<CorvConstraintShPtr>& o_constraints) const;
+  lmStatus applyVariantsAndAdd(const std::vector<CorvConstraintShPtr>& i_constraints,
+                               const std::vector<unsigned int>& i_variants, const CorvConstraintShPtr& i_constraint,
+                               const CorvValidatorSetShPtr& i_set);
 
   std::string m_type;
   CorvConfigSpaceWkPtr m_parent;
@@ -284,7 +291,6 @@ private:
   mutable bool m_isVersionRecorded = false;
   mutable bool m_isCacheValid = false;
   mutable bool m_isPassiveDataValid = false;
-  mutable bool m_isConstraintCacheValid = false;
   mutable unsigned int m_allDofFlags = 0; ///< what some dof has
   const CorvConfigSpace* m_wrapped = nullptr;
   std::vector<CorvConfigSpaceWkPtr> m_groups;
@@ -293,6 +299,7 @@ private:
   mutable std::unordered_map<const CorvConfigSpace*, unsigned int> m_firstDofRanks;
   mutable std::vector<unsigned char> m_dofFlags;
   mutable std::map<unsigned int, TDofList> m_dofsOfThisVersion;
-  mutable std::unique_ptr<CConstraintCache> m_constraintCache;
-  mutable ShPtr<const CValidatorCache> m_validatorCache; ///< null when out of date
+  mutable ShPtr<const CConstraintCache> m_constraintCache; ///< null when out of date, as the next
+  mutable ShPtr<const CValidatorCache> m_validatorCache;
+  mutable ClumParameterMapShPtr m_validationParams; ///< scratch, taken out while in use   ///< null when out of date
 };

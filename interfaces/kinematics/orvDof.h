@@ -83,9 +83,8 @@ protected:
 
 private:
   void updateMetric();
-  CorvMetricShPtr makeMetric(double i_weightMultiplier, double i_userScaler) const;
   double scaleOfType(const std::string& i_type) const;
-  void changeWeight(double i_weightMultiplier, double i_userScaler);
+  void setScaleOfType(const std::string& i_type, double i_scale);
   void updateBounds();
   void updateLock();
 

@@ -130,7 +130,6 @@ private:
 
   void selfValidate() const;
   CReports& writableReports() const;
-  void removeReports(const std::string& i_name, const CorvConfigSpace* i_space) const;
 
   mutable unsigned int m_changeDepth = 0;
   mutable int m_lockCount = 0;
