@@ -1,0 +1,45 @@
+#pragma once
+
+#include "foundation/handles.h"
+#include "kinematics/orvConfig.h"
+#include "planners/orvPathPlannerDelegate.h"
+#include "roadmaps/handles.h"
+
+#include <chrono>
+#include <optional>
+
+/// Watches a search: counts its steps, ends it at a limit or an interrupt, and draws a progress line on a terminal.
+class SearchMonitor : public CorvPathPlannerDelegate
+{
+public:
+  SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit, const CorvRoadmapShPtr& i_roadmap,
+                const CorvConfig& i_start, const CorvConfig& i_goal);
+  ~SearchMonitor() override;
+
+  bool plannerShouldStopPlanning(const CorvPathPlannerShPtr& i_planner) override;
+
+  unsigned int steps() const { return m_steps; }
+  double seconds() const;
+  /// Why the search was ended from outside, or an empty text.
+  const std::string& ending() const { return m_ending; }
+  /// From now on steps are neither counted nor limited, and the line says what goes on.
+  void beginOptimizing() { m_isOptimizing = true; }
+  void clearLine();
+
+private:
+  void draw();
+  double distanceToGoal() const;
+
+  unsigned int m_maxSteps;
+  std::optional<double> m_timeLimit;
+  CorvRoadmapShPtr m_roadmap;
+  CorvConfig m_start;
+  CorvConfig m_goal;
+  unsigned int m_steps = 0;
+  bool m_isOptimizing = false;
+  bool m_isTerminal;
+  bool m_hasLine = false;
+  std::string m_ending;
+  std::chrono::steady_clock::time_point m_begin;
+  std::chrono::steady_clock::time_point m_nextDrawing;
+};
