@@ -63,7 +63,7 @@ protected:
   CorvMetric() = default;
   CorvMetric(const std::string& i_type, const CorvRandomWalkConstShPtr& i_randomWalk);
   CorvMetric(const CorvMetric& i_other);
-  CorvMetric& operator=(const CorvMetric& i_other);
+  CorvMetric& operator=(const CorvMetric&) = delete;
   /// Fails if the type is empty or there is no random walk.
   lmStatus init(const CorvMetricWkPtr& i_weakPtr);
 

@@ -20,7 +20,7 @@ public:
   CorvRandomWalkConstShPtr clone() const override;
   void step(double i_size, CorvConfig& io_cfg) const override;
 
-  /// True if the list was made for this very space as it stands.
+  /// True if the list was made for this very space as it stands, or for what it wraps.
   bool check(const CorvConfigSpace& i_space) const;
 
 protected:
@@ -32,22 +32,34 @@ protected:
 private:
   struct CEntry
   {
-    CorvConfigSpaceShPtr space; ///< null in the entry that stands for the whole space
+    CorvConfigSpaceWkPtr space; ///< of an entry that steps by its metric
     unsigned int rank;
-    CorvMetricShPtr metric;
+    CorvMetricWkPtr metric;
     CorvRandomDistributionConstShPtr distribution; ///< not null: the dof is moved by a draw, without the metric
     double scale;
   };
 
+  /// A factor that a joint gives, which no revision tells.
+  struct CSweep
+  {
+    CorvMetricJointSweepWkPtr metric;
+    double scale;
+  };
+
+  void stepEntry(const CEntry& i_entry, double i_size, CorvConfig& io_cfg) const;
   void addSubspaces(const CorvConfigSpace& i_space, unsigned int i_firstRank, double i_factor);
   void add(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank, const CorvMetricShPtr& i_metric,
            double i_factor);
+  void addSweep(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank, const CorvMetricJointSweepShPtr& i_sweep,
+                double i_factor);
   void addLeaf(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank, const CorvMetricShPtr& i_metric,
                double i_factor);
 
   CorvConfigSpaceConstWkPtr m_space;
   unsigned int m_version = 0;
   unsigned int m_revision = 0;
+  const CorvConfigSpace* m_spaceAddress = nullptr; ///< meaningful while `m_space` lives
+  bool m_isComposed = false;                       ///< false: the one step is that of the metric's walk
   std::vector<CEntry> m_entries;
-  std::vector<std::pair<CorvMetricJointSweepConstShPtr, double>> m_sweeps;
+  std::vector<CSweep> m_sweeps;
 };

@@ -36,6 +36,7 @@ protected:
   CorvDPComposite(const CorvConfig& i_start, const CorvConfig& i_end,
                   const std::vector<CorvDirectPathShPtr>& i_directPaths,
                   const CorvSteeringMethodShPtr& i_steeringMethod);
+  /// The copy owns copies of the children.
   CorvDPComposite(const CorvDPComposite& i_other);
   lmStatus init(const CorvDPCompositeWkPtr& i_weakPtr);
 
@@ -43,9 +44,13 @@ protected:
   double computePrivateLength() const override;
 
 private:
+  /// True if the only child moves the whole space.
   bool isWholeSpaceChild() const;
+  bool isMovingChild(const CorvDirectPathShPtr& i_child) const;
   CorvDirectPathConstShPtr childInWindow(const CorvDirectPathShPtr& i_child) const;
   double computeMaxAbsoluteDerivativeForPassiveDof(double i_from, double i_to, unsigned int i_dof) const;
+  void fillChildDerivatives(const CorvDirectPath& i_child, unsigned int i_rank,
+                            std::vector<double>& io_derivatives) const;
 
   std::vector<CorvDirectPathShPtr> m_directPaths;
 };

@@ -2,6 +2,8 @@
 
 #include "paths/orvDirectPath.h"
 
+#include <boost/container/small_vector.hpp>
+
 /// The straight motion of `CorvSMLinear`.
 ///
 /// Its length is that of the space's metric. An unbounded rotation goes the short way from the start's value, without
@@ -35,5 +37,16 @@ protected:
 private:
   static const double s_halfTurnTolerance;
 
+  enum EDofMotion : unsigned char
+  {
+    STRAIGHT,
+    CIRCULAR ///< an unbounded rotation
+  };
+  using TDofMotions = boost::container::small_vector<EDofMotion, 8>;
+
+  const TDofMotions& dofMotions() const;
   bool hasHalfTurn() const;
+
+  mutable TDofMotions m_dofMotions; ///< at `m_motionVersion` of the space
+  mutable unsigned int m_motionVersion = 0;
 };

@@ -17,7 +17,6 @@ public:
   const CorvDirectPathShPtr& directPath() const { return m_directPath; }
   const CorvConfigSpaceShPtr& restrictionSpace() const { return m_restrictionSpace; }
 
-  CorvConfigSpaceShPtr configSpace() const override;
   /// Not to be called: raises an assertion, and answers infinite rates.
   void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
 
@@ -27,7 +26,8 @@ public:
 protected:
   CorvDPRestriction() = default;
   CorvDPRestriction(const CorvDirectPathShPtr& i_directPath, const CorvConfigSpaceShPtr& i_space);
-  CorvDPRestriction(const CorvDPRestriction&) = default;
+  /// The copy owns a copy of the direct path.
+  CorvDPRestriction(const CorvDPRestriction& i_other);
   lmStatus init(const CorvDPRestrictionWkPtr& i_weakPtr);
 
   void interpolate(double i_distance, CorvConfig& io_cfg) const override;

@@ -141,6 +141,8 @@ private:
   bool isEndUncut() const { return (m_reversed ? m_cutStart : m_cutEnd) == 0.0; }
   const CorvConfig& publicStart() const { return m_reversed ? m_end : m_start; }
   const CorvConfig& publicEnd() const { return m_reversed ? m_start : m_end; }
+  /// Keeps cuts and marks at their part of the motion when its length has changed.
+  void stretchPlaces(double i_factor);
   void forgetStart();
   void forgetEnd();
   static lmStatus getMarkedPlace(const CorvDirectPath& i_path, const std::string& i_mark, double& o_distance,

@@ -131,20 +131,17 @@ protected:
   explicit CorvPath(const CorvConfigSpaceShPtr& i_cfgSpace);
   CorvPath(const CorvPath& i_other);
   lmStatus init(const CorvPathWkPtr& i_weakPtr);
-  lmStatus init(const CorvDirectPathConstShPtr& i_directPath, const CorvPathWkPtr& i_weakPtr);
 
 private:
   using TDirectPaths = std::vector<CorvDirectPathConstShPtr>;
-  struct CContent;
+  struct CEdit;
 
-  lmStatus checkOther(const CorvPathConstShPtr& i_path) const;
-  lmStatus appendContentOf(const CorvPath& i_other);
-  void exchange(TDirectPaths& io_directPaths, bool i_hasInitialCfg, const CorvConfig& i_initialCfg,
-                unsigned int i_action = 2, int i_index = -1);
-  void exchangeOrKeep(TDirectPaths& io_directPaths, const CorvConfig& i_ifNoneLeft);
-  void notifyCount(unsigned int i_id, const std::string& i_countKey, unsigned int i_count, int i_index) const;
-  bool addHead(double i_to, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
-  bool addTail(double i_from, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
+  CEdit makeEdit(TDirectPaths&& io_directPaths, const CorvConfig& i_ifNoneLeft) const;
+  void exchange(CEdit& io_edit);
+  void notifyCount(unsigned int i_id, const std::string& i_key, unsigned int i_count, int i_index) const;
+  lmStatus checkReplacement(const CorvPathConstShPtr& i_path) const;
+  lmStatus makeHead(double i_to, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
+  lmStatus makeTail(double i_from, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
 
   CorvConfigSpaceShPtr m_configSpace;
   CorvConfig m_initialCfg;

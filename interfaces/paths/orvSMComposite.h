@@ -39,13 +39,23 @@ private:
     CorvSteeringMethodShPtr steeringMethod;
   };
 
-  void checkCache(const CorvConfigSpaceConstShPtr& i_space) const;
-  void addToCache(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank) const;
-  static bool isFullyLinear(const CorvConfigSpaceConstShPtr& i_space);
+  /// The flat list for one version of one space.
+  struct CCache
+  {
+    CorvConfigSpaceConstWkPtr space;
+    const CorvConfigSpace* spaceAddress = nullptr; ///< meaningful while `space` lives
+    unsigned int version = 0;
+    bool isOriented = false;
+    bool isConservative = true;
+    bool isWholeLinear = false; ///< the one entry is a linear motion of the whole space
+    std::vector<CEntry> entries;
+  };
+
+  const CCache& checkCache(const CorvConfigSpace& i_space) const;
+  static void addToCache(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank, CCache& io_cache);
+  static bool isFullyLinear(const CorvConfigSpace& i_space);
+  CorvDirectPathShPtr makeWholeLinear(const CEntry& i_entry, const CorvConfig& i_start, const CorvConfig& i_end) const;
   static bool makeChild(const CEntry& i_entry, CorvConfig& io_start, CorvConfig& io_end, CorvDirectPathShPtr& o_child);
 
-  mutable CorvConfigSpaceConstWkPtr m_space;
-  mutable const CorvConfigSpace* m_spaceAddress = nullptr; ///< meaningful while `m_space` lives
-  mutable unsigned int m_version = 0;
-  mutable std::vector<CEntry> m_entries;
+  mutable CCache m_cache;
 };
