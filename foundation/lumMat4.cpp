@@ -21,7 +21,7 @@ void ClumMat4::rotate(const ClumVect3& i_axis, double i_angle)
 void ClumMat4::setAsFrameWithBaseVectorAxis(EBaseVector i_baseVector, const ClumVect3& i_axis)
 {
   identity();
-  const ClumVect3 first = i_axis.normalized();
+  const ClumVect3 first = i_baseVector < INVERSE_X_AXIS ? i_axis.normalized() : -i_axis.normalized();
   if (first.squaredNorm() == 0.0)
     return;
   // The base vector least aligned with the direction completes it best.

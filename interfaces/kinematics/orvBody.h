@@ -70,6 +70,13 @@ public:
     EDataFieldFlags fieldsToUse = static_cast<EDataFieldFlags>(METHOD_FIELD | PRECISION_FIELD);
   };
 
+  /// A ball in the body frame.
+  struct CEnclosingBall
+  {
+    ClumPoint3 center;
+    double radius = 0.0;
+  };
+
   ~CorvBody() override;
 
   virtual CorvBodyShPtr clone() const = 0;
@@ -134,8 +141,8 @@ public:
 
   /// A collision validator of the class that tests this kind of body; null if there is none.
   virtual CorvValidatorCfgCollisionBaseShPtr makeValidator(const CorvConfigSpaceShPtr& i_space) const;
-  /// Appends points whose convex hull holds the whole shape, in the body frame. None for a body without a shape.
-  virtual void getEnclosingPoints(std::vector<ClumPoint3>& o_points) const;
+  /// Appends a few balls whose convex hull holds the whole shape, in the body frame. None for a body without a shape.
+  virtual void getEnclosingBalls(std::vector<CEnclosingBall>& io_balls) const;
 
   /// Called after every change of shape or relative position.
   void didChange();

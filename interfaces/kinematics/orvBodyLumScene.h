@@ -4,8 +4,8 @@
 
 /// A body made of geometries, tested in its device's collision scene.
 ///
-/// Each geometry has a frame in the body's frame and moves with it; the body takes exclusive control of the geometry's
-/// position. In a device the geometries form one group of the scene, an adapter geometry that views the joint's
+/// Each geometry has a frame in the body's frame and moves with it; the joint of the body has exclusive control of the
+/// geometry's position. In a device the geometries form one group of the scene, an adapter geometry that views the joint's
 /// "mobileGeometries"; its position is the body's absolute frame. The group is made when the body has both a geometry
 /// and a scene, and its tests are entered by the device.
 ///
@@ -18,8 +18,7 @@ public:
   ~CorvBodyLumScene() override;
 
   static CorvBodyLumSceneShPtr create();
-  /// @return null for a null geometry, one named twice, one whose position somebody else controls, or lists of
-  /// different lengths.
+  /// @return null for a null geometry, one named twice, or lists of different lengths.
   static CorvBodyLumSceneShPtr create(const ClumGeometryShPtr& i_geometry, const ClumMat4& i_relativePosition);
   static CorvBodyLumSceneShPtr create(const std::vector<ClumGeometryShPtr>& i_geometries,
                                       const std::vector<ClumMat4>& i_relativePositions);
@@ -71,7 +70,7 @@ public:
                            ClumPoint3& o_onOther) const override;
   bool operator==(const CorvBody& i_other) const override;
   CorvValidatorCfgCollisionBaseShPtr makeValidator(const CorvConfigSpaceShPtr& i_space) const override;
-  void getEnclosingPoints(std::vector<ClumPoint3>& o_points) const override;
+  void getEnclosingBalls(std::vector<CEnclosingBall>& io_balls) const override;
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
@@ -90,15 +89,19 @@ protected:
 private:
   friend class CorvJoint;
 
-  lmStatus takeControl();
-  void releaseControl();
+  /// Takes control of what nobody controls, for the joint; releases what was taken.
+  void takeControl(const ClumGeometryShPtr& i_geometry, const CorvJointShPtr& i_joint);
+  void releaseControl(const ClumGeometryShPtr& i_geometry);
   void insertUnchecked(const ClumGeometryShPtr& i_geometry, unsigned int i_rank);
   void eraseUnchecked(unsigned int i_rank);
   /// The device's toolkit, or the default one.
   ClumCollisionToolkitShPtr toolkit() const;
+  template <class FUNCTION>
+  void forEachTest(FUNCTION i_function) const;
 
   std::vector<ClumGeometryShPtr> m_mobileGeometries;
   std::vector<ClumMat4> m_relativePositions; ///< of each geometry, in the body frame
+  std::vector<ClumGeometryShPtr> m_controlled;  ///< those whose control the joint took
   ClumGeometryShPtr m_mobileGroup;
   double m_toleranceModifier = 0.0;
   bool m_toleranceActivation = true;

@@ -12,7 +12,6 @@
 #include <vector>
 
 class CorvConfig;
-class CorvDeviceTable;
 
 /// The mechanism that a client plans for: a tree of joints, obstacles around it, extra dofs, a current configuration,
 /// and the defaults of planning: metric, steering method and validators.
@@ -132,7 +131,7 @@ public:
   ClumSceneShPtr collisionScene() const;
   const ClumSceneShPtr& innerCollisionScene() const { return m_innerScene; }
   const ClumCollisionToolkitShPtr& collisionToolkit() const { return m_collisionToolkit; }
-  /// Null stands for no toolkit: no geometry can then be added.
+  /// Null stands for no toolkit: no geometry can then be added to the device.
   void collisionToolkit(const ClumCollisionToolkitShPtr& i_toolkit);
   /// The validator that tests this device for collision: made by the first body that makes one, null before.
   CorvValidatorCfgCollisionBaseShPtr collisionValidator() const;
@@ -159,8 +158,8 @@ public:
   void newMobileGroupAddedToScene(const ClumGeometryShPtr& i_group);
 
   // Motion.
-  /// Moves the device. A configuration of another size is taken as one of a wider space that includes this device's,
-  /// else as one of a sub-space, which leaves the other dofs as they are. @return -1 if it is neither.
+  /// Moves the device. The configuration is of the device's space, of a wider one that includes it, or of a sub-space,
+  /// which leaves the other dofs as they are. @return -1 if it is neither.
   virtual lmStatus setCurrentConfig(const CorvConfigConstShPtr& i_config);
   virtual lmStatus setCurrentConfig(const CorvConfig& i_config);
   lmStatus doSetCurrentConfig(const CorvConfig& i_config);
@@ -247,9 +246,7 @@ private:
   void structureDidChange(bool i_rootChanges);
   void jointAdded(const CorvJointShPtr& i_joint);
   void jointRemoved(const CorvJointShPtr& i_joint);
-  void addGroupTests(const ClumGeometryShPtr& i_group);
   void rebuildDeviceGroups();
-  void didChange();
   lmStatus firstRankIn(const CorvConfig& i_config, unsigned int& o_rank) const;
   bool hasUnboundedDof(const CorvConfig& i_config) const;
 
@@ -271,7 +268,6 @@ private:
   std::vector<ClumGeometryShPtr> m_obstacleGeometries;
   ClumGeometryShPtr m_obstacleGroup;
   ClumTestParametersConstShPtr m_defaultTestParameters;
-  unsigned int m_structureChangeDepth = 0;
 
   mutable std::unique_ptr<CCache> m_cache;
 };

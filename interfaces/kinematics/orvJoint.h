@@ -231,26 +231,31 @@ private:
   void updateCurrentPosition();
   void updateInitialPosition();
   void moveFrames(const ClumMat4& i_motion);
-  void updateMaxSweep();
+  void updateMaxSweep() const;
   double virtualMaxSweep() const;
+  double effectTravel() const;
+  double reach(std::vector<const CorvJoint*>& io_visited) const;
   double sweepFrom(const ClumPoint3& i_point, std::vector<const CorvJoint*>& io_visited) const;
   bool willLoopAsChild(const CorvJoint& i_joint) const;
   lmStatus checkInsertion(const CorvJointShPtr& i_joint, unsigned int i_rank) const;
   lmStatus checkMobileGeometry(const ClumGeometryShPtr& i_geometry) const;
   lmStatus checkBody(const CorvBodyShPtr& i_body) const;
+  bool isMobileInTree(const ClumGeometryConstShPtr& i_geometry) const;
+  const CorvJoint& rootOfTree() const;
+  void appendMobileGeometries(std::vector<ClumGeometryShPtr>& io_geometries) const;
   lmStatus replaceBody(const CorvBodyShPtr& i_body);
-  void bodyJoinsScene();
+  void takeBody(const CorvBodyShPtr& i_body);
+  void dropBody();
   void removedFromDevice();
-  void dropConfigOfDevice();
   void invalidateCurrentConfig();
-  lmStatus writeDofValues(CorvConfig& io_config);
+  lmStatus writeDofValues(const CorvConfig& i_config);
   lmStatus readDofValues(CorvConfig& io_config) const;
+  void currentPositionWillChange() const;
+  void currentPositionDidChange() const;
   void didChangeStructure();
-  void structureWillChange();
-  void structureDidChange();
 
   template <class VISITOR>
-  lmStatus visitAtConfig(CorvConfig& io_config, const ClumMat4& i_parentTransform, VISITOR& io_visitor) const;
+  lmStatus visitAtConfig(const CorvConfig& i_config, const ClumMat4& i_parentTransform, VISITOR& io_visitor) const;
 
   CorvJointWkPtr m_parentJoint;
   std::vector<CorvJointWkPtr> m_virtualChildren;
@@ -265,7 +270,9 @@ private:
   ClumMat4 m_initialPosition;
   ClumMat4 m_currentPosition;
   ClumMat4 m_transform;
-  double m_maxSweep = 0.0;
+  mutable double m_maxSweep = 0.0;
+  mutable bool m_isMaxSweepValid = false;
+  mutable unsigned int m_maxSweepSpaceVersion = 0;
   double m_minMaxSweep = 0.0;
   unsigned int m_version = 0;
   unsigned int m_structuralVersion = 0;

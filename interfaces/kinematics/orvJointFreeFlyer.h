@@ -21,4 +21,5 @@ public:
 protected:
   CorvJointFreeFlyer() = default;
   using CorvJoint::CorvJoint;
+  lmStatus init(const CorvJointFreeFlyerWkPtr& i_weakPtr);
 };

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "foundation/lumMat4.h"
+#include "foundation/lumStatus.h"
+#include "kinematics/handles.h"
+
+#include <vector>
+
+/// A device's tree as flat arrays, for forward kinematics and bounded moves that move nothing and allocate nothing.
+///
+/// Made from a tree for one version of it. Joints stand in depth-first order, so a parent comes before its children.
+/// The fixed frames between joints are absorbed in one matrix a joint; the effects of the standard kinds are computed
+/// here, others by their own `forward`. A joint whose dofs are not in the space stays where it is. The scratch arrays
+/// belong to the table: one thread at a time.
+class CorvDeviceTable
+{
+public:
+  /// @param i_root null for a device without a tree. @param i_space in which the ranks of dofs are counted.
+  CorvDeviceTable(const CorvJointConstShPtr& i_root, const CorvConfigSpace& i_space);
+
+  unsigned int countBodies() const { return static_cast<unsigned int>(m_bodies.size()); }
+  /// @param i_values of the dofs of the space that the ranks are counted in.
+  void computeJointPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
+  void computeBodyPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
+
+  /// See `CorvDevice::boundedMove`. @param i_rates finite and not below 0. @return -1, without effect, if a body's own
+  /// shape changes with dofs, or an effect tells no velocity: no bound is known then.
+  lmStatus boundedMove(const double* i_values, const double* i_rates, double i_rest, double* io_maxDistances,
+                       double& o_advance) const;
+
+private:
+  /// The kinds whose frames and displacements are computed here.
+  enum EKind
+  {
+    FIXED,
+    ROTATION,
+    TRANSLATION,
+    DOUBLE_ROTATION,
+    THREE_ROTATIONS,
+    PLANE,
+    FREE,
+    OTHER
+  };
+
+  struct CJointRow
+  {
+    int parent; ///< rank, -1 for the root
+    int mover;  ///< the nearest joint with dofs among this one and its ancestors, -1 if none
+    EKind kind;
+    unsigned int axis; ///< of a rotation or translation: 0, 1 or 2
+    double sign;       ///< -1 for the inverse forms
+    unsigned int firstDof;
+    unsigned int countDofs;
+    bool isFixedIdentity;
+    ClumMat4 fixed; ///< from the parent's frame to this joint's for a zero effect
+    CorvKinematicalEffectConstShPtr effect;
+  };
+
+  /// Points of the same radius: the shape is within it of their hull.
+  struct CPointGroup
+  {
+    unsigned int first;
+    unsigned int count;
+    double radius;
+  };
+
+  struct CBodyRow
+  {
+    unsigned int joint;
+    bool isFixedIdentity;
+    ClumMat4 relative;
+    std::vector<ClumPoint3> points;
+    std::vector<CPointGroup> groups;
+  };
+
+  /// One rotation that a joint makes, at the configuration and rate at hand.
+  struct CTurn
+  {
+    ClumVect3 axis; ///< in the world, through the origin of the joint's frame; unused for a turn taken as a whole
+    double rate;
+    double sine;  ///< S(rate) = 2·sin(min(rate·s, pi) / 2) at the advance s set last
+    double slope; ///< the derivative of that by s
+  };
+
+  /// How a joint moves what it carries.
+  struct CMotion
+  {
+    bool isMoving;
+    double linear; ///< the speed of its translations
+    unsigned int countTurns;
+    CTurn turns[3];
+    bool hasWhole;
+    CTurn whole; ///< all its rotation as one, whose lever is the distance from the origin of the joint's frame
+  };
+
+  /// What one turning joint does to one body: its levers.
+  struct CTerm
+  {
+    unsigned int joint;
+    double levers[3];
+    double wholeLever;
+  };
+
+  /// The bound B(s) of how far a body moves: linear·s and the terms.
+  struct CBound
+  {
+    double linear;
+    double slopeAtZero;
+    unsigned int firstTerm;
+    unsigned int countTerms;
+  };
+
+  void addJoint(const CorvJoint& i_joint, int i_parent, const CorvConfigSpace& i_space);
+  static void setKind(CJointRow& io_row);
+  void addBody(const CorvBody& i_body, unsigned int i_joint);
+  static void setPoints(const CorvBody& i_body, CBodyRow& o_row);
+
+  void place(const double* i_values, ClumMat4* o_frames, bool i_withAxes) const;
+  static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, CTurn* o_turns);
+  static lmStatus setRates(const CJointRow& i_row, const double* i_rates, CMotion& io_motion);
+  void makeBound(const CBodyRow& i_body, CBound& o_bound) const;
+  void setLevers(const CBodyRow& i_body, CTerm& io_term) const;
+  double slopeAtZero(const CTerm& i_term) const;
+  void setAdvance(double i_advance) const;
+  double displacement(const CBound& i_bound, double& o_slope) const;
+  double advanceWithin(double i_allowance, const CBound& i_bound, double i_longest) const;
+
+  std::vector<CJointRow> m_joints;
+  std::vector<CBodyRow> m_bodies;
+  bool m_hasRigidBodies = true;
+
+  mutable std::vector<ClumMat4> m_frames;
+  mutable std::vector<CMotion> m_motions;
+  mutable std::vector<CTerm> m_terms;
+  mutable std::vector<CBound> m_bounds;
+  mutable std::vector<ClumPoint3> m_points;
+  mutable double m_advance = 0.0; ///< at which the turns' sines stand
+};

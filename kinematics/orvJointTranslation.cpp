@@ -1,0 +1,102 @@
+#include "kinematics/orvJointTranslation.h"
+
+#include "foundation/lumCoder.h"
+#include "foundation/lumDescribe.h"
+#include "kinematics/orvKETranslate.h"
+
+namespace
+{
+ClumMat4 translationFrameOnAxis(const ClumVect3& i_center, const ClumVect3& i_axis, ClumMat4::EBaseVector i_baseVector)
+{
+  ClumMat4 frame;
+  frame.setAsFrameWithBaseVectorAxis(i_baseVector, i_axis);
+  frame.setTranslation(i_center);
+  return frame;
+}
+} // namespace
+
+LUM_DESCRIBE(CorvJointTranslation)
+{
+  i_class.creates("(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)",
+                  static_cast<CorvJointTranslationShPtr (*)(const ClumMat4&, ClumMat4::EBaseVector)>(&Self::create));
+}
+
+CorvJointTranslation::~CorvJointTranslation() = default;
+
+CorvJointTranslation::CorvJointTranslation(const std::vector<double>& i_values, const ClumMat4& i_position,
+                                           ClumMat4::EBaseVector i_baseVector)
+  : CorvJoint(makeKinematicalEffectForAxis(i_baseVector), i_values, i_position), m_baseVector(i_baseVector)
+{
+}
+
+CorvJointTranslationShPtr CorvJointTranslation::create(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)
+{
+  return create(0.0, i_position, i_baseVector);
+}
+
+CorvJointTranslationShPtr CorvJointTranslation::create(const ClumVect3& i_center, const ClumVect3& i_axis,
+                                                       ClumMat4::EBaseVector i_baseVector)
+{
+  return create(0.0, i_center, i_axis, i_baseVector);
+}
+
+CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const ClumMat4& i_position,
+                                                       ClumMat4::EBaseVector i_baseVector)
+{
+  return lumCreate<CorvJointTranslation>(std::vector<double>{i_value}, i_position, i_baseVector);
+}
+
+CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const ClumVect3& i_center,
+                                                       const ClumVect3& i_axis, ClumMat4::EBaseVector i_baseVector)
+{
+  return create(i_value, translationFrameOnAxis(i_center, i_axis, i_baseVector), i_baseVector);
+}
+
+CorvJointTranslationShPtr CorvJointTranslation::createCopy(const CorvJointTranslationConstShPtr& i_objectToCopy)
+{
+  return i_objectToCopy ? boost::dynamic_pointer_cast<CorvJointTranslation>(i_objectToCopy->clone())
+                        : CorvJointTranslationShPtr();
+}
+
+CorvJointShPtr CorvJointTranslation::clone() const
+{
+  return CorvJoint::createCopy(self());
+}
+
+CorvKinematicalEffectShPtr CorvJointTranslation::makeKinematicalEffectForAxis(ClumMat4::EBaseVector i_baseVector)
+{
+  switch (i_baseVector)
+  {
+  case ClumMat4::X_AXIS: return CorvKETranslateX::create();
+  case ClumMat4::Y_AXIS: return CorvKETranslateY::create();
+  case ClumMat4::Z_AXIS: return CorvKETranslateZ::create();
+  case ClumMat4::INVERSE_X_AXIS: return CorvKETranslateInverseX::create();
+  case ClumMat4::INVERSE_Y_AXIS: return CorvKETranslateInverseY::create();
+  case ClumMat4::INVERSE_Z_AXIS: return CorvKETranslateInverseZ::create();
+  }
+  return CorvKinematicalEffectShPtr();
+}
+
+ClumVect3 CorvJointTranslation::translationAxis() const
+{
+  return currentPosition().axis(m_baseVector);
+}
+
+void CorvJointTranslation::setCurrentTranslationAxis(const ClumVect3& i_axis)
+{
+  setCurrentBaseVectorAxis(m_baseVector, i_axis);
+}
+
+void CorvJointTranslation::encodeWithCoder(const ClumCoderShPtr& i_coder) const
+{
+  CorvJoint::encodeWithCoder(i_coder);
+  i_coder->encodeInt(m_baseVector, "baseVector");
+}
+
+lmStatus CorvJointTranslation::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
+{
+  const lmStatus status = CorvJoint::initWithCoder(i_coder, i_self);
+  if (status.succeeded())
+    m_baseVector = static_cast<ClumMat4::EBaseVector>(i_coder->decodeInt("baseVector"));
+  return status;
+}
