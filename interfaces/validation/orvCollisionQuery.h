@@ -2,6 +2,7 @@
 
 #include "foundation/handles.h"
 #include "foundation/lumExport.h"
+#include "kinematics/handles.h"
 
 #include <vector>
 
@@ -42,18 +43,23 @@ struct LUM_API CorvCollisionQuery
   bool reportsMaxAllowableDistances = false;
   bool testsSelfCollision = true; ///< pairs of two moving bodies
 
-  /// The proof's own part. What is added to a clear distance to give the length that a body may move; taken off the
-  /// distances first if `isExact`, so that the sum stays under the truth.
+  /// The proof's own part, for one device. What is added to a clear distance to give the length that a body may move;
+  /// taken off the distances first if `isExact`, so that the sum stays under the truth.
+  const CorvDevice* device = nullptr;
   double slack = 0.0;
   bool isExact = false;
+  bool isBoundEnough = false; ///< lower bounds of `BOUND_ACCURACY` will do, whatever the method
+  bool isCapped = false;      ///< of a report's query: there were needs
   /// By body, the longest allowance that is of use; empty for no limit.
   std::vector<double> needs;
 
   /// Under this key a parameter map carries a record, as a pointer that it does not own.
   static const ClumStringKey& parameterKey();
-  /// The record in the parameters; null without one.
-  static const CorvCollisionQuery* in(const ClumParameterMapConstShPtr& i_params);
+  /// The record in the parameters, if it is for the device; null otherwise.
+  static const CorvCollisionQuery* in(const ClumParameterMapConstShPtr& i_params, const CorvDevice* i_device);
 
   bool wantsDistances() const { return reportsMaxAllowableDistances || method != NO_DISTANCE || distanceMode != 0; }
-  bool isProof() const { return slack > 0.0; }
+  bool isProof() const { return device != nullptr; }
+  /// True if the other query's answer, as far as thresholds and modes go, is the same.
+  bool hasSameThresholds(const CorvCollisionQuery& i_other) const;
 };

@@ -14,7 +14,7 @@
 ///
 /// `distance(i)` is a lower bound of the clearance of tested body i, net of the tolerances in force. Beside it stands
 /// an allowance: how far the body may move, all other bodies moving by theirs, before anything can touch. An obstacle's
-/// distance is the body's alone; two moving bodies share the distance between them. Allowances are not coded.
+/// distance is the body's alone; two moving bodies share the distance between them.
 ///
 /// The report keeps what it was made with (the query and the versions of the world), by which it is told whether it
 /// answers another question. Distances are there only if nothing touches and if they were asked for.
@@ -63,6 +63,12 @@ public:
   /// @param i_isCapped true if only the query's need limited the value.
   void appendAllowance(double i_allowance, bool i_isCapped) { m_allowances.push_back({i_allowance, i_isCapped}); }
 
+  /// True if two moving bodies were tested against each other, so that allowances share distances.
+  bool sharesDistances() const { return m_sharesDistances; }
+  void sharesDistances(bool i_shares) { m_sharesDistances = i_shares; }
+  /// Takes what a grown tolerance takes off every distance and allowance; for a corrected copy of a report.
+  void shrinkDistances(double i_growth);
+
   bool reportsMaxAllowableDistances() const { return m_query.reportsMaxAllowableDistances; }
   unsigned int deviceVersion() const { return m_stamps.device; }
   void deviceVersion(unsigned int i_version) { m_stamps.device = i_version; }
@@ -79,9 +85,6 @@ public:
   const CContact* contact() const { return m_contact.get(); }
   void contact(const CContact& i_contact) { m_contact.reset(new CContact(i_contact)); }
 
-  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
-  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
-
 protected:
   CorvReportCfgCollision() = default;
   CorvReportCfgCollision(const CorvReportCfgCollision&) = default;
@@ -94,6 +97,7 @@ private:
     bool isCapped;
   };
 
+  bool m_sharesDistances = false;
   CStamps m_stamps;
   CorvCollisionQuery m_query;
   std::vector<double> m_distances;

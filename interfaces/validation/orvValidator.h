@@ -115,6 +115,8 @@ public:
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
+  /// The copy watches the same space or device.
+  ClumCodableShPtr cloneByCoding() const override;
 
 protected:
   friend class CorvConfigSpace;

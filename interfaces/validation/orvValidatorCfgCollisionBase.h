@@ -3,6 +3,8 @@
 #include "validation/orvCollisionQuery.h"
 #include "validation/orvValidator.h"
 
+#include <cstdint>
+
 /// What the collision validators share: one name, so that a configuration has one collision report, one vocabulary of
 /// parameters, and the bound on motion that a report gives.
 ///
@@ -36,6 +38,17 @@ public:
   /// The parameters of a call as a record.
   CorvCollisionQuery makeQuery(const ClumParameterMapConstShPtr& i_params) const;
 
+  /// A number that moves with the shapes, the obstacles' positions and the tests; compared for equality only.
+  virtual std::uint64_t sceneStamp() const;
+  /// Called before the configurations of a motion are asked about: what was remembered from earlier questions, which
+  /// may change a bound within its accuracy, is forgotten, so that a proof does not depend on what was asked before.
+  virtual void willTestMotion() const;
+  /// The sum of the versions of the device's bodies.
+  static unsigned int bodiesVersionSum(const CorvDevice& i_device);
+  /// The tolerance of a body in a call: its own with what the parameters say.
+  static void getTolerance(const CorvBody& i_body, const CorvCollisionQuery& i_query, double& o_modifier,
+                           bool& o_activation);
+
   /// Configurations tested and distance or contact queries put to the toolkit since the start of the process.
   static unsigned long countTests() { return s_countTests; }
   static unsigned long countQueries() { return s_countQueries; }
@@ -51,14 +64,15 @@ protected:
 
   /// True if another validation of the same device, on the validation space, judges the configuration.
   bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params) const;
-  /// True if the report was made in the present state of the world.
-  virtual bool isUpToDate(const CorvReportCfgCollision& i_report) const;
-  /// The sum of the versions of the device's bodies.
-  static unsigned int bodiesVersionSum(const CorvDevice& i_device);
 
   static unsigned long s_countTests;
   static unsigned long s_countQueries;
 
 private:
+  bool isOutdated(const CorvReportCfgCollision& i_report, const CorvCollisionQuery& i_query,
+                  const CorvDevice& i_device) const;
+  bool absorbTolerances(const CorvConfig& i_cfg, const CorvReportCfgCollision& i_report,
+                        const CorvCollisionQuery& i_query, const CorvDevice& i_device) const;
+
   bool m_isDistanceValidator = false;
 };

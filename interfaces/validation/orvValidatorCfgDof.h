@@ -18,7 +18,6 @@ public:
   bool doValidateConfig(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
                         const CorvValidationReportConstShPtr& i_report,
                         CorvValidationReportShPtr& o_report) const override;
-  void didChange() override;
 
 protected:
   CorvValidatorCfgDof();

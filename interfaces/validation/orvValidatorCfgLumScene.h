@@ -25,6 +25,9 @@ public:
                         const CorvValidationReportConstShPtr& i_report,
                         CorvValidationReportShPtr& o_report) const override;
 
+  std::uint64_t sceneStamp() const override;
+  void willTestMotion() const override;
+
   /// The scene whose tests are asked, instead of the device's own; null for the device's.
   const ClumSceneShPtr& scene() const { return m_scene; }
   void setScene(const ClumSceneShPtr& i_scene);
@@ -38,8 +41,6 @@ protected:
   CorvValidatorCfgLumScene(const CorvValidatorCfgLumScene& i_other);
   lmStatus init(const CorvValidatorCfgLumSceneWkPtr& i_weakPtr);
 
-  bool isUpToDate(const CorvReportCfgCollision& i_report) const override;
-
 private:
   struct CInnerScene;
   class CTest;
@@ -47,6 +48,9 @@ private:
   /// @return null, with a log entry, if the device's bodies cannot be tested.
   CInnerScene* updateInnerData(const CorvDeviceShPtr& i_device) const;
   lmStatus rebuildInnerScene(const CorvDevice& i_device, CInnerScene& o_inner) const;
+  CorvReportCfgCollisionShPtr makeReport(const CorvDevice& i_device, const CInnerScene& i_inner,
+                                         const CorvCollisionQuery& i_query, bool i_isTouching, bool i_isColliding,
+                                         bool i_sharesDistances) const;
 
   ClumSceneShPtr m_scene;
   mutable std::unique_ptr<CInnerScene> m_inner;

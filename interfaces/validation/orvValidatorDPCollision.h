@@ -113,7 +113,7 @@ private:
   CSettings readSettings(const ClumParameterMapConstShPtr& i_params) const;
   bool isJudgedElsewhere(const CorvDirectPath& i_dp, const ClumParameterMapConstShPtr& i_params) const;
   CorvReportDPCollisionShPtr makeReport(const CorvDirectPath& i_dp, const CSettings& i_settings) const;
-  bool haveTolerancesChanged(const CorvReportDPCollision& i_report, const CSettings& i_settings) const;
+  bool haveTolerancesChanged(const CorvReportDPCollision& i_report, const CorvReportDPCollision& i_now) const;
 
   bool m_testStart = true;
   bool m_testGoal = true;
