@@ -1,0 +1,184 @@
+#include "foundation/lumClass.h"
+#include "foundation/lumCodable.h"
+#include "foundation/lumDescriptors.h"
+#include "foundation/lumRuntime.h"
+#include "support/logCapture.h"
+#include "support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+// What every class of the library has to hold, whatever it does.
+
+namespace
+{
+/// The names of all reflected classes, from the lists of the layers.
+const std::vector<std::string>& listedClasses()
+{
+  static const std::vector<std::string> s_names = {
+#define LUM_CLASS(NAME) #NAME,
+#define LUM_PLAIN_CLASS(NAME)
+#include "foundation/classes.def"
+#include "kinematics/classes.def"
+#include "metrics/classes.def"
+#include "paths/classes.def"
+#include "validation/classes.def"
+#include "constraints/classes.def"
+#include "manifolds/classes.def"
+#include "roadmaps/classes.def"
+#include "planners/classes.def"
+#include "optimizers/classes.def"
+#undef LUM_CLASS
+#undef LUM_PLAIN_CLASS
+  };
+  return s_names;
+}
+
+/// The properties of a class and of those above it.
+std::vector<ClumPropertyDescriptorShPtr> allProperties(const ClumClassShPtr& i_class)
+{
+  std::vector<ClumPropertyDescriptorShPtr> properties = i_class->properties();
+  for (const ClumClassShPtr& parent : i_class->parents())
+  {
+    const std::vector<ClumPropertyDescriptorShPtr> inherited = allProperties(parent);
+    properties.insert(properties.end(), inherited.begin(), inherited.end());
+  }
+  return properties;
+}
+
+class EveryClass : public testing::TestWithParam<std::string>
+{
+protected:
+  ClumClassShPtr classObject() const { return ClumRuntime::classWithName(GetParam()); }
+};
+
+class EverySample : public testing::TestWithParam<SampleMaker>
+{
+};
+} // namespace
+
+TEST(Conformance, RuntimeKnowsTheListedClassesAndNoOthers)
+{
+  std::set<std::string> known;
+  for (const ClumClassShPtr& object : ClumRuntime::instance().classes())
+    known.insert(object->name());
+  EXPECT_EQ(known, std::set<std::string>(listedClasses().begin(), listedClasses().end()));
+  EXPECT_EQ(known.size(), listedClasses().size());
+}
+
+TEST_P(EveryClass, HasItsPlaceInTheTree)
+{
+  const ClumClassShPtr object = classObject();
+  ASSERT_TRUE(object);
+  EXPECT_EQ(object->name(), GetParam());
+  EXPECT_TRUE(object->isA(*ClumObject::CLASS));
+  if (object == ClumObject::CLASS)
+    return;
+  ASSERT_EQ(object->parents().size(), 1u);
+  const ClumClassShPtr parent = object->parents()[0];
+  const std::vector<ClumClassShPtr> siblings = parent->children();
+  EXPECT_EQ(std::count(siblings.begin(), siblings.end(), object), 1);
+  EXPECT_TRUE(object->isA(*parent));
+  EXPECT_FALSE(parent->isA(*object));
+}
+
+TEST_P(EveryClass, AllocatesAnObjectOfItself)
+{
+  const ClumClassShPtr object = classObject();
+  ASSERT_TRUE(object);
+  if (!object->allocator())
+    return;
+  const ClumObjectShPtr made = object->allocator()();
+  ASSERT_TRUE(made);
+  EXPECT_EQ(made->classObject(), object);
+  const ClumObject& reference = *made;
+  EXPECT_EQ(std::type_index(typeid(reference)), object->type());
+  EXPECT_FALSE(made->self()) << "an allocated object is not initialised";
+  EXPECT_EQ(static_cast<bool>(boost::dynamic_pointer_cast<ClumCodable>(made)), object->isA(*ClumCodable::CLASS));
+}
+
+TEST_P(EveryClass, NamesEachMemberOnce)
+{
+  std::set<std::string> names;
+  for (const ClumPropertyDescriptorShPtr& property : allProperties(classObject()))
+    EXPECT_TRUE(names.insert(property->name()).second) << property->name();
+  for (const ClumCollectionDescriptorShPtr& collection : classObject()->collections())
+    EXPECT_TRUE(names.insert(collection->name()).second) << collection->name();
+  for (const ClumEnumShPtr& enumeration : classObject()->enums())
+    EXPECT_FALSE(enumeration->name().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Conformance, EveryClass, testing::ValuesIn(listedClasses()),
+                         [](const auto& i_info) { return i_info.param; });
+
+TEST_P(EverySample, IsOfItsClassAndReadsItsProperties)
+{
+  const ClumCodableShPtr sample = GetParam().make();
+  ASSERT_TRUE(sample);
+  EXPECT_EQ(sample->classObject()->name(), GetParam().className);
+  EXPECT_EQ(ClumObjectShPtr(sample->ClumObject::self()), sample);
+  EXPECT_FALSE(sample->description().empty());
+  for (const ClumPropertyDescriptorShPtr& property : allProperties(sample->classObject()))
+  {
+    ClumValue value;
+    EXPECT_TRUE(sample->getProperty(property->name(), value).succeeded()) << property->name();
+  }
+}
+
+TEST_P(EverySample, SurvivesACodingRoundTrip)
+{
+  const ClumCodableShPtr sample = GetParam().make();
+  ASSERT_TRUE(sample);
+  const LogCapture log;
+  const ClumCodableShPtr copy = sample->cloneByCoding();
+  ASSERT_TRUE(copy);
+  EXPECT_NE(copy, sample);
+  EXPECT_EQ(copy->classObject(), sample->classObject());
+  EXPECT_EQ(ClumObjectShPtr(copy->ClumObject::self()), copy);
+  EXPECT_TRUE(copy->equalByCoding(*sample));
+  EXPECT_TRUE(sample->equalByCoding(*copy));
+  const ClumCodableShPtr copyOfCopy = copy->cloneByCoding();
+  ASSERT_TRUE(copyOfCopy);
+  EXPECT_TRUE(copyOfCopy->equalByCoding(*sample));
+  EXPECT_EQ(log.count(), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Conformance, EverySample, testing::ValuesIn(sampleMakers()),
+                         [](const auto& i_info) { return std::string(i_info.param.className); });
+
+TEST(Conformance, StatusCodesStandInTheBlocksOfTheirClasses)
+{
+  const std::map<std::string, std::pair<unsigned int, unsigned int>> blocks = {{"CorvPathPlanner", {20100, 20199}},
+                                                                               {"CorvDevice", {20400, 20499}},
+                                                                               {"CorvJoint", {20500, 20599}},
+                                                                               {"CorvPath", {20800, 20849}}};
+  const ClumRuntime::TStatusCodeMap& codes = ClumRuntime::instance().statusCodeMap();
+  std::set<std::pair<std::string, std::string>> names;
+  for (const auto& [number, code] : codes)
+  {
+    const ClumClassShPtr owner = code.owner.lock();
+    ASSERT_TRUE(owner) << number;
+    const auto block = blocks.find(owner->name());
+    ASSERT_NE(block, blocks.end()) << owner->name();
+    EXPECT_TRUE(number >= block->second.first && number <= block->second.second) << owner->name() << " " << number;
+    EXPECT_FALSE(code.message.empty()) << number;
+    EXPECT_TRUE(names.emplace(owner->name(), code.name).second) << code.name;
+  }
+  for (const auto& [owner, block] : blocks)
+    EXPECT_NE(codes.lower_bound(block.first), codes.upper_bound(block.second)) << owner;
+}
+
+TEST(Conformance, SecondStatusCodeOfANumberIsRefused)
+{
+  ClumRuntime& runtime = ClumRuntime::instance();
+  const ClumRuntime::TStatusCodeMap before = runtime.statusCodeMap();
+  ASSERT_FALSE(before.empty());
+  for (const auto& [number, code] : before)
+  {
+    EXPECT_EQ(runtime.registerStatusCode(ClumObject::CLASS, "ANOTHER_ERROR", number, "Another."), lmStatus::FAILURE);
+    EXPECT_EQ(runtime.statusCodeMap().at(number).message, code.message);
+  }
+  EXPECT_EQ(runtime.statusCodeMap().size(), before.size());
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "foundation/handles.h"
+#include "kinematics/handles.h"
+
+#include <string>
+#include <vector>
+
+/// Makes one typical object of a class, initialised and complete by itself: a copy by coding has to equal it.
+struct SampleMaker
+{
+  const char* className;
+  ClumCodableShPtr (*make)();
+};
+
+/// One line a class.
+const std::vector<SampleMaker>& sampleMakers();
+
+/// A space of two translations, each bounded to [-10, 10], with linear steering.
+CorvConfigSpaceShPtr sampleSpace();
