@@ -95,16 +95,17 @@ private:
 
   bool canStartPlan() const;
   void takeStableEnds();
-  void linkStableEnd(const CorvConfig& i_config);
+  void linkStableEnds();
   ClumParameterMapConstShPtr makeBuilderParameters() const;
   void watchRoadmap();
+  void unwatchRoadmap();
   void roadmapDidAddNode(const ShPtr<const ClumNotification>& i_notification);
   void roadmapDidRemoveNode(const ShPtr<const ClumNotification>& i_notification);
   void roadmapDidRemoveAllNodes(const ShPtr<const ClumNotification>& i_notification);
   lmStatus addManifold(const CorvManifoldUnionShPtr& i_union, const CorvManifoldConstShPtr& i_manifold);
-  bool isManifoldOf(const CorvManifoldConstShPtr& i_manifold, const CorvConfig& i_stableConfig) const;
-  static void dropGoneNodes(TNodes& io_nodes, const CorvRoadmap* i_roadmap);
-  bool removeFrom(TNodes& io_nodes, const CorvNodeShPtr& i_node);
+  bool isElementOf(const CorvManifoldUnion& i_manifold, const CorvConfig& i_config) const;
+  void dropGoneNodes();
+  void stopBuilder();
   void notifyNode(unsigned int i_id, const CorvNodeShPtr& i_node) const;
 
   CorvManifoldUnionShPtr m_startManifold;

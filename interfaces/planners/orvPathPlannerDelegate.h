@@ -40,12 +40,18 @@ protected:
   CorvPathPlannerDelegate& operator=(const CorvPathPlannerDelegate&) { return *this; }
 
 private:
+  friend class CorvPathPlanner;
+
   struct CNext
   {
     const CorvPathPlanner* planner;
     CorvPathPlannerDelegateShPtr held; ///< null if held weakly
     CorvPathPlannerDelegateWkPtr weak;
   };
+
+  const CNext* entryOf(const CorvPathPlanner& i_planner) const;
+  /// Takes the delegates from this one on out of the planner's chain.
+  void dissolveChain(const CorvPathPlanner& i_planner);
 
   /// A delegate serves few planners, so a scan beats any map.
   std::vector<CNext> m_next;

@@ -10,7 +10,8 @@
 ///
 /// It reads the input path from its parameters under `INPUT_PATH_KEY`, and which of its configurations are stable
 /// under `WAYPOINT_STABILITY_KEY` (a vector of bool) or, without that, `STABILITY_KEY` (an int,
-/// `CorvPathPlanner::EStability`). The result is put in the output map. Paths are handles on `CorvPath`.
+/// `CorvPathPlanner::EStability`); without either all are. The result is put in the output map. Paths are handles on
+/// `CorvPath`.
 class LUM_API CorvPlannerOperation : public ClumOperation
 {
   LUM_CONCRETE(CorvPlannerOperation, ClumOperation);
@@ -34,6 +35,9 @@ public:
 
   const CorvPathPlannerShPtr& planner() const { return m_planner; }
 
+  /// Plans a number of times: the result of each round is the input of the next.
+  ClumOperationShPtr loop(unsigned int i_count) const override;
+
 protected:
   CorvPlannerOperation() = default;
   explicit CorvPlannerOperation(const CorvPathPlannerShPtr& i_planner);
@@ -52,4 +56,36 @@ private:
   void showPartialPath(const CorvPathShPtr& i_path) const;
 
   CorvPathPlannerShPtr m_planner;
+};
+
+/// Repeats a planner operation, each time on the result of the round before. A failing round ends the loop with its
+/// failure; the output is that of the last round.
+class LUM_API CorvPlannerLoopOperation : public ClumOperation
+{
+  LUM_CONCRETE(CorvPlannerLoopOperation, ClumOperation);
+
+public:
+  /// @return null if the operation is null or the count 0.
+  static CorvPlannerLoopOperationShPtr create(const CorvPlannerOperationShPtr& i_operation, unsigned int i_count);
+  ~CorvPlannerLoopOperation() override;
+  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
+  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
+
+protected:
+  CorvPlannerLoopOperation() = default;
+  CorvPlannerLoopOperation(const CorvPlannerOperationShPtr& i_operation, unsigned int i_count);
+  CorvPlannerLoopOperation(const CorvPlannerLoopOperation&) = default;
+  lmStatus init(const CorvPlannerLoopOperationWkPtr& i_weakPtr);
+
+  lmStatus doStart(const ClumParameterMapShPtr& o_output) override;
+  lmStatus doStep(bool& o_finished) override;
+  lmStatus doFinish(const ClumParameterMapShPtr& o_output) override;
+  lmStatus doComputeCompletion(double& o_completion) const override;
+
+private:
+  lmStatus startNextRound();
+
+  CorvPlannerOperationShPtr m_operation;
+  unsigned int m_count = 0;
+  unsigned int m_done = 0;
 };
