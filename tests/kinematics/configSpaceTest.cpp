@@ -431,7 +431,7 @@ TEST(CorvDof, MetricFollowsTheFlagsAndKeepsTheWeights)
 {
   const double pi = 3.14159265358979323846;
   const CorvDofShPtr dof = CorvDof::create(true);
-  EXPECT_DOUBLE_EQ(dof->distance(0.1, 2 * pi), 0.05);
+  EXPECT_NEAR(dof->distance(0.1, 2 * pi), 0.05, 1e-14);
   EXPECT_EQ(dof->weight(), 0.5);
   dof->weightMultiplier(4.0);
   dof->userWeightScaler(3.0);

@@ -3,6 +3,7 @@
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvUtility.h"
 #include "metrics/orvMetric.h"
+#include "support/allocations.h"
 #include "support/logCapture.h"
 #include "support/spaces.h"
 #include "support/sumConstraint.h"
@@ -13,32 +14,8 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
-
-namespace
-{
-std::size_t g_configTestAllocations = 0;
-}
-
-// Every allocation of the process is counted.
-void* operator new(std::size_t i_size)
-{
-  ++g_configTestAllocations;
-  if (void* memory = std::malloc(i_size != 0 ? i_size : 1))
-    return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* i_memory) noexcept
-{
-  std::free(i_memory);
-}
-void operator delete(void* i_memory, std::size_t) noexcept
-{
-  std::free(i_memory);
-}
 
 namespace
 {
@@ -207,9 +184,9 @@ TEST(CorvConfig, CopiesAndWritesAllocateNothing)
 {
   const auto allocations = [](const auto& i_action)
   {
-    const std::size_t before = g_configTestAllocations;
+    const std::size_t before = countAllocations();
     i_action();
-    return g_configTestAllocations - before;
+    return countAllocations() - before;
   };
   const CorvCSCompositeShPtr space = compositeOfSize(8);
   CorvConfig config(space);

@@ -1,0 +1,32 @@
+#include "support/allocations.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+std::size_t g_allocations = 0;
+}
+
+std::size_t countAllocations()
+{
+  return g_allocations;
+}
+
+void* operator new(std::size_t i_size)
+{
+  ++g_allocations;
+  if (void* memory = std::malloc(i_size != 0 ? i_size : 1))
+    return memory;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* i_memory) noexcept
+{
+  std::free(i_memory);
+}
+
+void operator delete(void* i_memory, std::size_t) noexcept
+{
+  std::free(i_memory);
+}
