@@ -91,10 +91,11 @@ void CorvSMComposite::addToCache(const CorvConfigSpaceShPtr& i_space, unsigned i
 bool CorvSMComposite::isFullyLinear(const CorvConfigSpace& i_space)
 {
   const CorvSteeringMethod* method = i_space.steeringMethod().get();
-  if (!method || i_space.isSteeringOriented())
+  if (!method)
     return false;
   if (dynamic_cast<const CorvDof*>(&i_space))
-    return typeid(*method) == typeid(CorvSMLinear);
+    return typeid(*method) == typeid(CorvSMLinear) && !i_space.isSteeringOriented();
+  // A composite is oriented if a part of it is: the dofs at the bottom tell.
   if (!dynamic_cast<const CorvSMComposite*>(method))
     return false;
   for (unsigned int i = 0; i < i_space.countSubspaces(); ++i)
