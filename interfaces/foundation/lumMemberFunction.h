@@ -49,7 +49,10 @@ ClumValue callForValue(const FUNCTION& i_function)
     return ClumValue();
   }
   else
-    return lumToValue<Plain<R>>(i_function());
+  {
+    const Plain<R> result = i_function();
+    return lumToValue(result);  // deduced, so that handles find their own overload
+  }
 }
 }  // namespace lumDetail
 
