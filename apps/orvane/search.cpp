@@ -17,6 +17,7 @@
 #include "roadmaps/orvRoadmap.h"
 #include "roadmaps/orvShooterRoadmapBox.h"
 #include "validation/orvValidatorDPCollision.h"
+#include "validation/orvValidatorSet.h"
 
 #include <algorithm>
 

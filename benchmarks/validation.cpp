@@ -1,0 +1,115 @@
+#include "harness.h"
+
+#include "foundation/lumCollisionModel.h"
+#include "foundation/lumCollisionToolkit.h"
+#include "foundation/lumMat4.h"
+#include "foundation/lumMesh.h"
+#include "foundation/lumParameterMap.h"
+#include "kinematics/orvConfig.h"
+#include "kinematics/orvConfigSpace.h"
+#include "kinematics/orvDevice.h"
+#include "kinematics/orvUtility.h"
+#include "paths/orvDirectPath.h"
+#include "paths/orvSteeringMethod.h"
+#include "support/devices.h"
+#include "support/meshes.h"
+#include "validation/orvValidatorDPCollision.h"
+#include "validation/orvValidatorSet.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+struct PartInClutter
+{
+  ClumMeshShPtr part = torusKnot(2, 3, 1.0, 0.1, 125, 20);  // 5,000 triangles
+  ClumMeshShPtr obstacle = clutter(7, 60, 12.0);
+  CorvDeviceShPtr device = freeFlyer(part);
+  CorvConfigSpaceShPtr space;
+
+  PartInClutter()
+  {
+    device->addObstacleGeometry(obstacle);
+    space = device->configSpace();
+  }
+
+  /// A configuration that the collision test accepts, or refuses, as asked.
+  CorvConfig configuration(bool i_isFree) const
+  {
+    CorvConfig config(space);
+    bool isColliding = !i_isFree;
+    do
+    {
+      config.randomize();
+      config.isColliding(isColliding);
+    } while (isColliding == i_isFree);
+    return config;
+  }
+};
+
+void benchmarkConfiguration()
+{
+  CorvUtility::randomSeed(3);
+  const PartInClutter scene;
+  std::vector<CorvConfig> configs;
+  std::vector<ClumMat4> poses, pose;
+  for (int i = 0; i < 200; ++i)
+  {
+    configs.push_back(scene.configuration(i % 2 == 0));
+    scene.device->computeBodyPositions(configs.back(), pose);
+    poses.push_back(pose[0]);
+  }
+  const ClumCollisionToolkit& toolkit = *scene.device->collisionToolkit();
+  const ClumCollisionModelConstShPtr part = scene.part->collisionModel(toolkit);
+  const ClumCollisionModelConstShPtr obstacle = scene.obstacle->collisionModel(toolkit);
+  std::size_t a = 0, b = 0;
+  const Comparison validation = compare(
+    [&]
+    {
+      CorvConfig& config = configs[a++ % configs.size()];
+      config.unvalidate();
+      keep(config.validate(ClumParameterMapConstShPtr()));
+    },
+    [&] { keep(toolkit.areTouching(*part, poses[b++ % poses.size()], *obstacle, ClumMat4())); });
+  report("validating a configuration, part of 5,000 triangles / the placed query alone", validation.ratio(),
+         "at most 1.1");
+}
+
+/// Collision queries for the same verdicts: a proof against samples at the step that a 1 % thick contact needs.
+void benchmarkProof()
+{
+  CorvUtility::randomSeed(5);
+  const PartInClutter scene;
+  const ClumCollisionToolkit& toolkit = *scene.device->collisionToolkit();
+  CorvValidatorDPCollision::setPenetration(scene.space->directPathValidators(), 0.0);
+  std::uint64_t proofQueries = 0, sampleQueries = 0;
+  unsigned int freeMotions = 0;
+  for (int i = 0; i < 60; ++i)
+  {
+    const CorvConfig start = scene.configuration(true), end = scene.configuration(true);
+    const CorvDirectPathShPtr motion = scene.space->steeringMethod()->makeDirectPath(start, end);
+    if (!motion)
+      continue;
+    const std::uint64_t before = toolkit.countQueries();
+    const bool isFree = motion->validate(ClumParameterMapConstShPtr());
+    proofQueries += toolkit.countQueries() - before;
+    freeMotions += isFree;
+    // The part's tube is 0.2 thick and 1.5 large: a sample each 0.002 of travel sees what is 1 % of that thick.
+    const unsigned int samples = static_cast<unsigned int>(std::ceil(motion->length() / 0.002));
+    CorvConfig sample(scene.space);
+    bool isColliding = false;
+    for (unsigned int s = 0; s <= samples && !isColliding; ++s)
+    {
+      motion->getConfigAtParam(static_cast<double>(s) / samples, sample);
+      sample.isColliding(isColliding);
+      ++sampleQueries;
+    }
+  }
+  report("queries of dense sampling / queries of the proof, 60 motions (" + std::to_string(freeMotions) + " free)",
+         static_cast<double>(sampleQueries) / proofQueries, "above 1");
+}
+
+const Section s_configuration("validation", benchmarkConfiguration);
+const Section s_proof("proof", benchmarkProof);
+}  // namespace
