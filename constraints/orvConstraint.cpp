@@ -169,6 +169,7 @@ lmStatus CorvConstraint::init(const CorvConstraintWkPtr& i_weakPtr)
 void CorvConstraint::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   CorvValidator::encodeWithCoder(i_coder);
+  updatePartialVariantActivation();
   i_coder->encodeUnsignedInt(m_variant, "variant");
   i_coder->encodeBool(m_isVariantLocked, "isVariantLocked");
   i_coder->beginVectorEncoding("partialVariantActivation");

@@ -39,8 +39,12 @@ lmStatus CorvConfigSpace::init(const CorvConfigSpaceWkPtr& i_weakPtr)
     return -1;
   for (const TStackMember stack : {&CorvConfigSpace::m_constraints, &CorvConfigSpace::m_configValidators,
                                    &CorvConfigSpace::m_directPathValidators, &CorvConfigSpace::m_pathValidators})
-    if (fillStack(stack, makeValidatorSet()).failed())
+  {
+    const CorvValidatorSetShPtr set = makeValidatorSet();
+    if (!set)
       return -1;
+    (this->*stack).assign(1, set);
+  }
   if (!m_wrapped && !m_steeringMethod)
     m_steeringMethod = CorvSMComposite::create();
   if (!m_wrapped && !m_metric)
@@ -102,10 +106,16 @@ lmStatus CorvConfigSpace::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   m_joint = i_coder->decode<CorvJoint>("joint");
   m_steeringMethod = i_coder->decode<CorvSteeringMethod>("steeringMethod");
   m_metric = i_coder->decode<CorvMetric>("metric");
-  fillStack(&CorvConfigSpace::m_constraints, i_coder->decode<CorvValidatorSet>("constraints"));
-  fillStack(&CorvConfigSpace::m_configValidators, i_coder->decode<CorvValidatorSet>("configValidators"));
-  fillStack(&CorvConfigSpace::m_directPathValidators, i_coder->decode<CorvValidatorSet>("directPathValidators"));
-  fillStack(&CorvConfigSpace::m_pathValidators, i_coder->decode<CorvValidatorSet>("pathValidators"));
+  // The shared empty set is not stored.
+  const auto decodeStack = [&](TStackMember i_stack, const char* i_key)
+  {
+    const CorvValidatorSetShPtr set = i_coder->decode<CorvValidatorSet>(i_key);
+    (this->*i_stack).assign(1, set ? set : CorvValidatorSet::emptySet());
+  };
+  decodeStack(&CorvConfigSpace::m_constraints, "constraints");
+  decodeStack(&CorvConfigSpace::m_configValidators, "configValidators");
+  decodeStack(&CorvConfigSpace::m_directPathValidators, "directPathValidators");
+  decodeStack(&CorvConfigSpace::m_pathValidators, "pathValidators");
   m_version = i_coder->decodeUnsignedInt("version");
   i_coder->beginVectorDecoding("dofsOfThisVersion");
   while (i_coder->canContinueVectorDecoding())
@@ -119,16 +129,6 @@ lmStatus CorvConfigSpace::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
     m_dofsOfThisVersion[version] = dofs;
   }
   i_coder->endVectorDecoding();
-  return lmStatus();
-}
-
-// A set that was not stored, as the shared empty one never is, is made anew.
-lmStatus CorvConfigSpace::fillStack(TStackMember i_stack, const CorvValidatorSetShPtr& i_set)
-{
-  const CorvValidatorSetShPtr set = i_set ? i_set : makeValidatorSet();
-  if (!set)
-    return -1;
-  (this->*i_stack).assign(1, set);
   return lmStatus();
 }
 

@@ -270,7 +270,6 @@ private:
   lmStatus pushSet(TStackMember i_stack, const CorvValidatorSetShPtr& i_set);
   lmStatus pushCopyOfTop(TStackMember i_stack);
   lmStatus popSet(TStackMember i_stack);
-  lmStatus fillStack(TStackMember i_stack, const CorvValidatorSetShPtr& i_set);
   bool hasSameDofsAs(const CorvConfigSpace& i_other) const;
   void markTransitivelyLocked(std::vector<bool>& o_isLocked, std::vector<CorvConstraintShPtr>& o_constraints) const;
   lmStatus applyVariantsAndAdd(const std::vector<CorvConstraintShPtr>& i_constraints,

@@ -3,7 +3,7 @@
 #include "constraints/orvConstraintLock.h"
 #include "foundation/lumMat.h"
 #include "support/logCapture.h"
-#include "support/spaces.h"
+#include "support/composites.h"
 #include "support/sumConstraint.h"
 #include "validation/orvValidatorSet.h"
 

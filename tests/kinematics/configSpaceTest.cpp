@@ -4,7 +4,7 @@
 #include "kinematics/orvConfig.h"
 #include "metrics/orvMetric.h"
 #include "support/logCapture.h"
-#include "support/spaces.h"
+#include "support/composites.h"
 #include "validation/orvValidationReport.h"
 #include "validation/orvValidatorDofBounds.h"
 #include "validation/orvValidatorSet.h"

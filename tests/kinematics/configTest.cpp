@@ -5,7 +5,7 @@
 #include "metrics/orvMetric.h"
 #include "support/allocations.h"
 #include "support/logCapture.h"
-#include "support/spaces.h"
+#include "support/composites.h"
 #include "support/sumConstraint.h"
 #include "validation/orvValidationReport.h"
 #include "validation/orvValidatorSet.h"
