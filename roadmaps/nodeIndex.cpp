@@ -3,6 +3,9 @@
 #include "kinematics/orvConfigSpace.h"
 #include "metrics/orvMetricEuclidean.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace
 {
 bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space,
@@ -81,6 +84,14 @@ void CorvNodeIndex::CNodeMetric::add(const CorvNodeShPtr& i_node, const CQuery& 
     m_values.insert(m_values.end(), i_query.values, i_query.values + dofCount);
   else
     m_configs.push_back(&i_node->config());
+}
+
+void CorvNodeIndex::CNodeMetric::replace(unsigned int i_rank, const CorvNodeShPtr& i_node, const CQuery& i_query)
+{
+  if (isFlat)
+    std::copy_n(i_query.values, dofCount, m_values.begin() + std::ptrdiff_t(i_rank) * dofCount);
+  else
+    m_configs[i_rank] = &i_node->config();
 }
 
 double CorvNodeIndex::CNodeMetric::squaredDistance(const CQuery& i_query, unsigned int i_rank) const

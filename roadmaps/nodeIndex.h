@@ -42,6 +42,7 @@ private:
     using TQuery = CQuery;
 
     void add(const CorvNodeShPtr& i_node, const CQuery& i_query);
+    void replace(unsigned int i_rank, const CorvNodeShPtr& i_node, const CQuery& i_query);
     double squaredDistance(const CQuery& i_query, unsigned int i_rank) const;
     bool precedes(const CorvNodeShPtr& i_a, const CorvNodeShPtr& i_b) const { return i_a->serial() < i_b->serial(); }
     std::size_t allocatedBytes() const;

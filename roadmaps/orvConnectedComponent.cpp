@@ -146,7 +146,9 @@ void repeatNearNodes(TFoldedNodes& io_nodes, double i_maxDistance)
   }
 }
 
-void foldNodes(TFoldedNodes& io_main, const TFoldedNodes& i_partial, double i_maxDistance, unsigned int i_count)
+/// @param i_wasFull the nodes of the first component alone made up the count.
+void foldNodes(TFoldedNodes& io_main, const TFoldedNodes& i_partial, double i_maxDistance, unsigned int i_count,
+               bool i_wasFull)
 {
   if (i_partial.empty())
     return;
@@ -156,7 +158,7 @@ void foldNodes(TFoldedNodes& io_main, const TFoldedNodes& i_partial, double i_ma
     return;
   }
   const bool isAllFarther = i_partial.begin()->first >= io_main.rbegin()->first;
-  if (io_main.size() >= i_count && isAllFarther)
+  if (i_wasFull && isAllFarther)
     return;
   if (i_partial.size() >= i_count && i_partial.rbegin()->first <= io_main.begin()->first)
   {
@@ -549,11 +551,13 @@ std::vector<CorvNodeShPtr> CorvConnectedComponent::foldNearestNodes(const CorvCo
                                                                     const TLinks& i_others) const
 {
   TNodesByDistance nodes = scanNearestNodes(i_config, i_maxDistance, i_count, i_metric);
-  forEach(i_others,
-          [&](const CorvConnectedComponent& component) {
-            foldNodes(nodes, component.scanNearestNodes(i_config, i_maxDistance, i_count, i_metric), i_maxDistance,
-                      i_count);
-          });
+  const bool wasFull = nodes.size() >= i_count;
+  const auto fold = [&](const CorvConnectedComponent& component)
+  {
+    const TNodesByDistance partial = component.scanNearestNodes(i_config, i_maxDistance, i_count, i_metric);
+    foldNodes(nodes, partial, i_maxDistance, i_count, wasFull);
+  };
+  forEach(i_others, fold);
   std::vector<CorvNodeShPtr> result;
   for (const auto& entry : nodes)
   {

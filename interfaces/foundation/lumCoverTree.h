@@ -18,6 +18,7 @@
 ///
 ///     using TQuery = ...;                                                    // what is measured from
 ///     void add(const ELEMENT&, const TQuery&);                               // the element takes the next rank
+///     void replace(unsigned int i_rank, const ELEMENT&, const TQuery&);      // by one at distance 0
 ///     DISTANCE squaredDistance(const TQuery&, unsigned int i_rank) const;
 ///     bool precedes(const ELEMENT&, const ELEMENT&) const;                   // who wins among equal distances
 ///     std::size_t allocatedBytes() const;
@@ -32,7 +33,7 @@ public:
   enum EInsertion
   {
     INSERTED,
-    DUPLICATE, ///< an element at distance 0 stands there already: the new one was dropped
+    DUPLICATE, ///< an element at distance 0 stands there already: of the two the one that precedes is kept
     UNDEFINED  ///< a distance was infinite or not a number: the tree is as it was
   };
 
@@ -55,7 +56,7 @@ public:
     if (!std::isfinite(distance))
       return UNDEFINED;
     if (distance == 0)
-      return DUPLICATE;
+      return keepOneOf(0, i_element, i_query);
 
     CPlace place;
     if (distance > std::ldexp(DISTANCE(1), m_records.front().level))
@@ -67,7 +68,7 @@ public:
     {
       const EInsertion found = findParent(i_query, distance, place);
       if (found != INSERTED)
-        return found;
+        return found == DUPLICATE ? keepOneOf(place.parent, i_element, i_query) : found;
     }
     attach(i_element, i_query, place);
     return INSERTED;
@@ -198,7 +199,7 @@ private:
       }
       if (isCovered)
         o_place = CPlace{nearest.rank, level, nearest.distance};
-      const EInsertion met = meetChildren(i_query, level);
+      const EInsertion met = meetChildren(i_query, level, o_place.parent);
       if (met != INSERTED)
         return met;
       --level;
@@ -230,7 +231,8 @@ private:
 
   /// Replaces the covering records of a level by those among them and their children of the next level that are within
   /// the level's radius.
-  EInsertion meetChildren(const TQuery& i_query, int i_level)
+  /// @param o_twin the record at distance 0, if there is one.
+  EInsertion meetChildren(const TQuery& i_query, int i_level, unsigned int& o_twin)
   {
     const DISTANCE radius = std::ldexp(DISTANCE(1), i_level);
     m_met.clear();
@@ -247,7 +249,10 @@ private:
         if (!std::isfinite(distance))
           return UNDEFINED;
         if (distance == 0)
+        {
+          o_twin = child.rank;
           return DUPLICATE;
+        }
         if (distance <= radius)
           m_met.push_back(CCover{child.rank, 0, distance});
       }
@@ -255,6 +260,16 @@ private:
     dropFartherThan(radius);
     m_cover.insert(m_cover.end(), m_met.begin(), m_met.end());
     return INSERTED;
+  }
+
+  EInsertion keepOneOf(unsigned int i_rank, const ELEMENT& i_element, const TQuery& i_query)
+  {
+    if (m_metric.precedes(i_element, m_records[i_rank].element))
+    {
+      m_records[i_rank].element = i_element;
+      m_metric.replace(i_rank, i_element, i_query);
+    }
+    return DUPLICATE;
   }
 
   void attach(const ELEMENT& i_element, const TQuery& i_query, const CPlace& i_place)
