@@ -7,6 +7,7 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include <filesystem>
 #include <fstream>
 
 const unsigned int ClumMeshReader::FILE_NOT_FOUND_ERROR = ClumRuntime::instance().registerStatusCode(
@@ -85,7 +86,8 @@ std::string importMessage(const Assimp::Importer& i_importer)
 lmStatus ClumMeshReader::read(const std::string& i_path, CResult& o_result)
 {
   o_result = CResult();
-  if (!std::ifstream(i_path).good())
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(i_path, ignored) || !std::ifstream(i_path).good())
     return failedReading(i_path, "cannot be opened", FILE_NOT_FOUND_ERROR, o_result);
 
   // No validation steps of the importer that would drop or move vertices: what is wrong is told below.
@@ -105,6 +107,8 @@ lmStatus ClumMeshReader::read(const std::string& i_path, CResult& o_result)
 
   CImportedMesh imported;
   imported.append(*scene, *scene->mRootNode, aiMatrix4x4t<double>());
+  if (imported.vertices.empty())
+    return failedReading(i_path, "not a mesh file (no vertices in it)", NO_MESH_FILE_ERROR, o_result);
   if (!imported.isFinite())
     return failedReading(i_path, "has vertices that are not finite", NOT_FINITE_ERROR, o_result);
   o_result.mesh = ClumMesh::create(imported.vertices, imported.triangles);

@@ -8,6 +8,9 @@
 
 namespace
 {
+/// How many corners of a part are looked at to tell a hollow.
+constexpr std::size_t SOLID_SAMPLES = 64;
+
 /// The rank, for each vertex, of the first vertex of the same coordinates.
 std::vector<unsigned int> weldedRanks(const std::vector<ClumPoint3>& i_vertices)
 {
@@ -152,22 +155,30 @@ void ClumSolids::turnOutward(const ClumSweptTriangles& i_shape)
     solidCorners(i_shape, i, corners);
     volumes[m_partOfTriangle[i]] += (corners[0] - origin).scalarProduct((corners[1] - origin) * (corners[2] - origin));
   }
-  for (std::size_t p = 0; p < m_parts.size(); ++p)
+  const auto isBounding = [&](std::size_t p, double i_sign)
+  { return m_parts[p].isClosed && m_parts[p].isOriented && volumes[p] * i_sign > 0.0; };
+  const auto isOutside = [&](const ClumVect3& i_point)
   {
-    CPart& part = m_parts[p];
-    if (!part.isClosed || !part.isOriented || volumes[p] >= 0.0)
-      continue;
-    const ClumVect3 point = i_shape.vertices[part.vertex].toVect3();
     int winding = 0;
     for (std::size_t i = 0; i < m_partOfTriangle.size(); ++i)
-    {
-      const std::size_t other = m_partOfTriangle[i];
-      if (other == p || !m_parts[other].isClosed || !m_parts[other].isOriented || volumes[other] <= 0.0)
-        continue;
-      solidCorners(i_shape, i, corners);
-      winding += lumRayCrossing(point, corners);
-    }
-    if (winding <= 0)
-      part.sign = -1;
+      if (isBounding(m_partOfTriangle[i], 1.0))
+      {
+        solidCorners(i_shape, i, corners);
+        winding += lumRayCrossing(i_point, corners);
+      }
+    return winding <= 0;
+  };
+  for (std::size_t p = 0; p < m_parts.size(); ++p)
+  {
+    if (!isBounding(p, -1.0))
+      continue;
+    std::vector<std::size_t> triangles;
+    for (std::size_t i = 0; i < m_partOfTriangle.size(); ++i)
+      if (m_partOfTriangle[i] == p)
+        triangles.push_back(i);
+    const std::size_t step = 1 + triangles.size() / SOLID_SAMPLES;
+    for (std::size_t i = 0; i < triangles.size() && m_parts[p].sign > 0; i += step)
+      if (isOutside(i_shape.vertices[i_shape.triangles[triangles[i]][0]].toVect3()))
+        m_parts[p].sign = -1;
   }
 }

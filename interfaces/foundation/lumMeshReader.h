@@ -6,7 +6,8 @@
 
 #include <string>
 
-/// Reads mesh files: OBJ, STL, PLY, DAE, glTF and what else Assimp reads, told by the file's ending.
+/// Reads mesh files: OBJ, STL, PLY, DAE, glTF and what else Assimp reads, told by the file's ending
+/// or its content. Coordinates are single precision.
 ///
 /// All meshes of a file become one, each as often and where the file's scene graph places it; materials, lines and
 /// points are passed over.

@@ -133,8 +133,10 @@ namespace
 std::vector<ClumMeshShPtr> zoo()
 {
   const ClumMeshShPtr open = ClumMesh::create({{0, 0, 0}, {1, 0, 0}, {1, 1, 0.2}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
-  return {torusKnot(2, 3, 1.0, 0.15, 24, 5),
-          clutter(3, 8, 3.0),
+  return {boxMesh(2.0, 2.0, 2.0),
+          boxMesh(0.1, 0.1, 0.1),
+          torusKnot(2, 3, 1.0, 0.15, 18, 4),
+          clutter(3, 5, 3.0),
           lPart(2.0, 1.0, 0.2),
           longBar(3.0, 0.1),
           wallWithWindow(3.0, 0.2, 1.0, 0.8),
@@ -184,12 +186,13 @@ TEST(CollisionToolkit, MeshDistancesAgreeWithAllTrianglePairs)
   const Toolkit toolkit;
   Dice dice(5);
   unsigned int countContacts = 0, countNested = 0;
-  for (int n = 0; n < 360; ++n)
+  for (int n = 0; n < 160; ++n)
   {
     const double scale = std::pow(10.0, n % 7 - 3);
-    const ClumMeshShPtr a = moved(*meshes[dice.rank(meshes.size())], ClumMat4(), scale);
-    const ClumMeshShPtr b = moved(*meshes[dice.rank(meshes.size())], ClumMat4(), scale);
-    const ClumMat4 poseA = dice.pose(2.0 * scale), poseB = dice.pose(2.0 * scale);
+    // Now and then the large and the small box.
+    const ClumMeshShPtr a = moved(*meshes[n % 9 ? dice.rank(meshes.size()) : 0], ClumMat4(), scale);
+    const ClumMeshShPtr b = moved(*meshes[n % 9 ? dice.rank(meshes.size()) : 1], ClumMat4(), scale);
+    const ClumMat4 poseA = dice.pose(1.3 * scale), poseB = dice.pose(1.3 * scale);
     const Truth expected = truth(*a, poseA, *b, poseB);
     const double slack = 2e-10 * scale;
     countContacts += expected.distance() == 0.0;
@@ -222,8 +225,8 @@ TEST(CollisionToolkit, MeshDistancesAgreeWithAllTrianglePairs)
     if (HasFatalFailure())
       FAIL() << "case " << n;
   }
-  EXPECT_GT(countContacts, 60u);
-  EXPECT_LT(countContacts, 300u);
+  EXPECT_GT(countContacts, 30u);
+  EXPECT_LT(countContacts, 130u);
   EXPECT_GT(countNested, 2u);
 }
 
@@ -319,7 +322,10 @@ TEST(CollisionToolkit, InsideIsToldAlongRaysThroughCornersAndEdges)
       for (const double z : lattice)
       {
         const double around = static_cast<double>(oracle::winding(surface, oracle::Vector(x, y, z)));
-        if (std::fabs(around - std::round(around)) < 1e-6)
+        const bool isOnSurface =
+          oracle::surfaceDistance(
+            surface, {{{oracle::Vector(x, y, z), oracle::Vector(x, y, z), oracle::Vector(x, y, z)}}}) < 1e-5;
+        if (!isOnSurface)
         {
           EXPECT_EQ(toolkit.areTouching(*ball, ClumMat4(), *probe, at(x, y, z)), around > 0.5) << x << y << z;
         }

@@ -129,7 +129,7 @@ ClumMeshShPtr torusKnot(unsigned int i_p, unsigned int i_q, double i_size, doubl
   const auto rank = [&](unsigned int i, unsigned int j) { return (i % i_along) * i_around + j % i_around; };
   for (unsigned int i = 0; i < i_along; ++i)
     for (unsigned int j = 0; j < i_around; ++j)
-      draft.quad(rank(i, j), rank(i, j + 1), rank(i + 1, j + 1), rank(i + 1, j));
+      draft.quad(rank(i, j), rank(i + 1, j), rank(i + 1, j + 1), rank(i, j + 1));
   return draft.mesh();
 }
 
