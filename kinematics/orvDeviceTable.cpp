@@ -25,7 +25,7 @@ constexpr unsigned int MAX_ENCLOSING_POINTS = 24;
 constexpr double DISPLACEMENT_SAFETY = 1.0 + 1e-9;
 /// Added to a lever for each unit of distance from the joint: covers the rounding of points and axes.
 constexpr double LEVER_ROUNDING = 1e-12;
-constexpr unsigned int MAX_NEWTON_STEPS = 3;
+constexpr unsigned int MAX_NEWTON_STEPS = 4;
 /// Newton's steps end once one gains less than this part.
 constexpr double NEWTON_GAIN = 1e-3;
 constexpr double HALF_TURN = 3.14159265358979323846;
