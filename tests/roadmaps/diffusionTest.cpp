@@ -194,6 +194,7 @@ TEST(CorvMonoDiffusingBuilder, GrowsFromOrTowardsItsRootAndTellsTheShooter)
     const ScriptedShooterShPtr shooter =
       ScriptedShooter::create({world.at(9.0, 1.0), world.at(1.0, 9.0), root, world.at(2.0, 5.0)});
     equipTree(*builder, shooter);
+    builder->linker(CorvLinkerShPtr());
     const ShPtr<ExplorationListener> listener(new ExplorationListener);
     builder->objectNotificator()->subscribe(CorvBuilder::WILL_EXPLORE_TOWARDS, listener, listener.get(),
                                             &ExplorationListener::hear);

@@ -207,7 +207,7 @@ TEST(CorvMultiDiffusingBuilder, TurnsAwayFromATreeThatIsStuck)
   EXPECT_EQ(world.roadmap->countNodes(), 2u);
   EXPECT_EQ(builder->elementaryBuilder(0)->countFruitlessShots(), 500u);
   stepTimes(*builder, 20);
-  EXPECT_EQ(world.roadmap->countNodes(), 22u);
+  EXPECT_GT(world.roadmap->countNodes(), 15u);
 }
 
 TEST(CorvMultiDiffusingBuilder, ManifoldsAndHintPathBecomeRoots)
