@@ -3,10 +3,10 @@
 #include "paths/orvDPComposite.h"
 #include "paths/orvDPLinear.h"
 #include "paths/orvDPRestriction.h"
-#include "paths/orvPathVisitor.h"
 #include "paths/orvSMComposite.h"
 #include "paths/orvSMLinear.h"
 #include "support/logCapture.h"
+#include "support/pathRecorder.h"
 #include "support/spaces.h"
 
 #include <gtest/gtest.h>
@@ -297,43 +297,14 @@ TEST(CorvDirectPath, DerivativesBoundFiniteDifferences)
       const std::vector<double> a = valuesAt(*path, k * h), b = valuesAt(*path, (k + 1) * h);
       for (unsigned int i = 0; i < a.size(); ++i)
       {
-        const bool isEnd = k == 63; // the given end may be a whole turn from where the motion leads
-        const double way = isEnd ? std::fabs(std::remainder(b[i] - a[i], 2.0 * PI)) : std::fabs(b[i] - a[i]);
+        // The given end may be a whole turn from where the motion leads.
+        const double way = k == 63 ? std::fabs(std::remainder(b[i] - a[i], 2.0 * PI)) : std::fabs(b[i] - a[i]);
         ASSERT_LE(way, bounds[i] * h * (1.0 + 1e-9) + 1e-12);
-        if (!isEnd)
-          ASSERT_GE(way, bounds[i] * h * (1.0 - 1e-9) - 1e-12);
+        ASSERT_GE(way, k == 63 ? 0.0 : bounds[i] * h * (1.0 - 1e-9) - 1e-12);
       }
     }
   }
 }
-
-namespace
-{
-LUM_HANDLES(PathRecorder)
-
-/// Writes down what it is told.
-class PathRecorder : public CorvPathVisitor
-{
-public:
-  static ShPtr<PathRecorder> create() { return ShPtr<PathRecorder>(new PathRecorder); }
-  void beginPath(const CorvPathConstShPtr&) override { told += "("; }
-  void endPath(const CorvPathConstShPtr&) override { told += ")"; }
-  void beginCompositeDirectPath(const CorvDirectPathConstShPtr&) override { told += "["; }
-  void endCompositeDirectPath(const CorvDirectPathConstShPtr&) override { told += "]"; }
-  void beginSequenceDirectPath(const CorvDirectPathConstShPtr&) override { told += "<"; }
-  void endSequenceDirectPath(const CorvDirectPathConstShPtr&) override { told += ">"; }
-  void reachConfiguration(const CorvConfig&) override { told += "."; }
-  void executeDirectPath(const CorvDirectPathConstShPtr&) override { told += "?"; }
-  void executeLinearDirectPath(const CorvDirectPathConstShPtr& i_path) override
-  {
-    told += "-";
-    executed.push_back(i_path);
-  }
-
-  std::string told;
-  std::vector<CorvDirectPathConstShPtr> executed;
-};
-} // namespace
 
 TEST(CorvSMComposite, MovesSubspacesInParallelByTheirOwnMethods)
 {
