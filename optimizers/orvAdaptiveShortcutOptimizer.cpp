@@ -67,9 +67,9 @@ void CorvAdaptiveShortcutOptimizer::precision(double i_precision)
 
 lmStatus CorvAdaptiveShortcutOptimizer::doStartPlan()
 {
-  lmStatus status = CorvLoopOptimizer::doStartPlan();
+  lmStatus status = inputPath()->isEmpty() ? lmStatus(-1) : checkNoStableIntermediate();
   if (status.succeeded())
-    status = inputPath()->isEmpty() ? lmStatus(-1) : checkNoStableIntermediate();
+    status = CorvLoopOptimizer::doStartPlan();
   if (status.failed())
     return status;
   m_shortcutParameters = parameters();

@@ -54,9 +54,9 @@ lmStatus CorvRandomOptimizer::initWithCoder(const ClumCoderShPtr& i_coder, const
 
 lmStatus CorvRandomOptimizer::doStartPlan()
 {
-  lmStatus status = CorvLoopOptimizer::doStartPlan();
+  lmStatus status = checkNoStableIntermediate();
   if (status.succeeded())
-    status = checkNoStableIntermediate();
+    status = CorvLoopOptimizer::doStartPlan();
   if (status.failed())
     return status;
   const ClumParameterMapShPtr shortcutParameters = ClumParameterMap::createWithBase(parameters());

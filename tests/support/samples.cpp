@@ -6,9 +6,11 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
 #include "foundation/lumCleanUpOperation.h"
+#include "foundation/lumCollectionAdapterGeometry.h"
 #include "foundation/lumCone.h"
 #include "foundation/lumConvex.h"
 #include "foundation/lumCylinder.h"
+#include "foundation/lumFCLCollisionToolkit.h"
 #include "foundation/lumGeometryCollection.h"
 #include "foundation/lumInstance.h"
 #include "foundation/lumLoopOperation.h"
@@ -22,6 +24,8 @@
 #include "foundation/lumWeightedParallelCooperativeOperation.h"
 #include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvCSComposite.h"
+#include "kinematics/orvCSDeviceWrapper.h"
+#include "kinematics/orvCSGroup.h"
 #include "kinematics/orvCSVoid.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvDevice.h"
@@ -61,17 +65,26 @@
 #include "optimizers/orvPathEvaluatorLength.h"
 #include "optimizers/orvRandomOptimizer.h"
 #include "optimizers/orvShortcutDirect.h"
+#include "paths/orvDPComposite.h"
 #include "paths/orvDPLinear.h"
+#include "paths/orvDPRestriction.h"
 #include "paths/orvPath.h"
 #include "paths/orvSMComposite.h"
 #include "paths/orvSMLinear.h"
+#include "planners/orvBuilderPlanner.h"
 #include "planners/orvIdentityPlanner.h"
+#include "planners/orvPlannerOperation.h"
 #include "roadmaps/orvEdge.h"
 #include "roadmaps/orvExtendDirect.h"
 #include "roadmaps/orvLinkerKeepValidPart.h"
 #include "roadmaps/orvLinkerStandard.h"
+#include "roadmaps/orvMonoDiffusingBuilder.h"
+#include "roadmaps/orvMultiDiffusingBuilder.h"
 #include "roadmaps/orvNode.h"
+#include "roadmaps/orvOperationAdapterBuilder.h"
 #include "roadmaps/orvRatingShortestComponent.h"
+#include "roadmaps/orvRoadmap.h"
+#include "roadmaps/orvSamplingBuilder.h"
 #include "roadmaps/orvShooterConfigSpace.h"
 #include "roadmaps/orvShooterRoadmapBox.h"
 #include "validation/orvReportCfgDof.h"
@@ -80,9 +93,12 @@
 #include "validation/orvValidationReport.h"
 #include "validation/orvValidatorCfgComposite.h"
 #include "validation/orvValidatorCfgDof.h"
+#include "validation/orvValidatorCfgLumScene.h"
+#include "validation/orvValidatorDPCollision.h"
 #include "validation/orvValidatorDPComposite.h"
 #include "validation/orvValidatorDPTurnJump.h"
 #include "validation/orvValidatorDofBounds.h"
+#include "validation/orvValidatorPathDirectPaths.h"
 #include "validation/orvValidatorSet.h"
 
 namespace
@@ -119,6 +135,31 @@ CorvDeviceShPtr sampleDevice()
   return device;
 }
 
+/// A device and a roadmap that outlive the objects that refer to them from outside.
+const CorvDeviceShPtr& keptDevice()
+{
+  static const CorvDeviceShPtr s_device = sampleDevice();
+  return s_device;
+}
+
+const CorvRoadmapShPtr& keptRoadmap()
+{
+  static const CorvRoadmapShPtr s_roadmap = CorvRoadmap::create(keptSpace());
+  return s_roadmap;
+}
+
+CorvDPRestrictionShPtr sampleRestriction()
+{
+  const CorvDirectPathShPtr whole = sampleDirectPath();
+  return CorvDPRestriction::create(whole, whole->configSpace()->subspace(0));
+}
+
+CorvDirectPathShPtr sampleCompositeDirectPath()
+{
+  const CorvConfigSpaceShPtr space = sampleSpace();
+  return CorvSMComposite::create()->makeDirectPath(CorvConfig(space, {0.0, 1.0}), CorvConfig(space, {2.0, -1.0}));
+}
+
 CorvPointManifoldShPtr samplePointManifold()
 {
   const CorvConfigSpaceShPtr space = sampleSpace();
@@ -152,9 +193,11 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(ClumBox, ClumBox::create(1.0, 2.0, 3.0)),
     SAMPLE(ClumCapsule, ClumCapsule::create(0.5, 2.0)),
     SAMPLE(ClumCleanUpOperation, ClumCleanUpOperation::create(sampleOperation(), sampleOperation())),
+    SAMPLE(ClumCollectionAdapterGeometry, ClumCollectionAdapterGeometry::create(sampleDevice(), "obstacleGeometries")),
     SAMPLE(ClumCone, ClumCone::create(0.5, 2.0)),
     SAMPLE(ClumConvex, ClumConvex::create(samplePoints())),
     SAMPLE(ClumCylinder, ClumCylinder::create(0.5, 2.0)),
+    SAMPLE(ClumFCLCollisionToolkit, ClumFCLCollisionToolkit::create()),
     SAMPLE(ClumGeometryCollection, ClumGeometryCollection::create()),
     SAMPLE(ClumInstance, ClumInstance::create(ClumBox::create(1.0, 1.0, 1.0))),
     SAMPLE(ClumLoopOperation, ClumLoopOperation::create(sampleOperation(), 3)),
@@ -167,12 +210,17 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(ClumWeightedParallelCooperativeOperation, ClumWeightedParallelCooperativeOperation::create()),
     SAMPLE(CorvAdaptiveShortcutOptimizer, CorvAdaptiveShortcutOptimizer::create()),
     SAMPLE(CorvBodyLumScene, CorvBodyLumScene::create()),
+    SAMPLE(CorvBuilderPlanner, CorvBuilderPlanner::create(CorvMonoDiffusingBuilder::create(keptRoadmap()))),
     SAMPLE(CorvCSComposite, sampleSpace()),
+    SAMPLE(CorvCSDeviceWrapper, sampleDevice()->configSpace()),
+    SAMPLE(CorvCSGroup, CorvCSGroup::create("test.group")),
     SAMPLE(CorvCSVoid, CorvCSVoid::create()),
     SAMPLE(CorvConstraintComposite, CorvConstraintComposite::create(keptSpace())),
     SAMPLE(CorvConstraintDofLock, CorvConstraintDofLock::create(keptSpace()->dof(0), 0.5)),
     SAMPLE(CorvConstraintLock, CorvConstraintLock::create(keptSpace())),
+    SAMPLE(CorvDPComposite, sampleCompositeDirectPath()),
     SAMPLE(CorvDPLinear, sampleDirectPath()),
+    SAMPLE(CorvDPRestriction, sampleRestriction()),
     SAMPLE(CorvDevice, sampleDevice()),
     SAMPLE(CorvDof, CorvDof::create(true)),
     SAMPLE(CorvEdgeFactory, CorvEdgeFactory::create()),
@@ -213,9 +261,14 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvMetricRevolute, CorvMetricRevolute::create()),
     SAMPLE(CorvMetricScale, CorvMetricScale::create(CorvMetricAbsolute::create())),
     SAMPLE(CorvMetricZero, CorvMetricZero::create()),
+    SAMPLE(CorvMonoDiffusingBuilder, CorvMonoDiffusingBuilder::create(keptRoadmap())),
+    SAMPLE(CorvMultiDiffusingBuilder, CorvMultiDiffusingBuilder::create(keptRoadmap())),
     SAMPLE(CorvNodeFactory, CorvNodeFactory::create()),
+    SAMPLE(CorvOperationAdapterBuilder, CorvOperationAdapterBuilder::create(keptRoadmap(), sampleOperation())),
     SAMPLE(CorvPath, CorvPath::createWithDirectPath(sampleDirectPath())),
     SAMPLE(CorvPathEvaluatorLength, CorvPathEvaluatorLength::create(0.25)),
+    SAMPLE(CorvPlannerLoopOperation, CorvPlannerLoopOperation::create(CorvPlannerOperation::create(CorvIdentityPlanner::create()), 2)),
+    SAMPLE(CorvPlannerOperation, CorvPlannerOperation::create(CorvIdentityPlanner::create())),
     SAMPLE(CorvPointManifold, samplePointManifold()),
     SAMPLE(CorvRDDiscrete, boost::const_pointer_cast<CorvRDDiscrete>(CorvRDDiscrete::create())),
     SAMPLE(CorvRDGaussian, boost::const_pointer_cast<CorvRDGaussian>(CorvRDGaussian::create())),
@@ -231,6 +284,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvReportPathCollision, CorvReportPathCollision::create()),
     SAMPLE(CorvSMComposite, CorvSMComposite::create()),
     SAMPLE(CorvSMLinear, CorvSMLinear::create(true)),
+    SAMPLE(CorvSamplingBuilder, CorvSamplingBuilder::create(keptRoadmap())),
     SAMPLE(CorvShooterConfigSpace, CorvShooterConfigSpace::create()),
     SAMPLE(CorvShooterRoadmapBox, CorvShooterRoadmapBox::create()),
     SAMPLE(CorvShortcutDirect, CorvShortcutDirect::create()),
@@ -238,9 +292,12 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvValidatorCfgBounds, CorvValidatorCfgBounds::create(keptSpace())),
     SAMPLE(CorvValidatorCfgComposite, CorvValidatorCfgComposite::create(keptSpace())),
     SAMPLE(CorvValidatorCfgLock, CorvValidatorCfgLock::create(keptSpace())),
+    SAMPLE(CorvValidatorCfgLumScene, CorvValidatorCfgLumScene::create(keptDevice()->internalConfigSpace())),
+    SAMPLE(CorvValidatorDPCollision, CorvValidatorDPCollision::create(keptSpace(), CorvValidatorCfgBounds::create(keptSpace()), 0.5)),
     SAMPLE(CorvValidatorDPComposite, CorvValidatorDPComposite::create(keptSpace())),
     SAMPLE(CorvValidatorDPTurnJump, CorvValidatorDPTurnJump::create(keptSpace())),
     SAMPLE(CorvValidatorDofBounds, CorvValidatorDofBounds::create(keptSpace()->dof(0), -1.0, 2.0)),
+    SAMPLE(CorvValidatorPathDirectPaths, CorvValidatorPathDirectPaths::create(keptSpace())),
     SAMPLE(CorvValidatorSet, CorvValidatorSet::create(keptSpace())),
   };
   // clang-format on
