@@ -35,7 +35,7 @@ double median(std::vector<double> i_values)
   std::nth_element(i_values.begin(), i_values.begin() + i_values.size() / 2, i_values.end());
   return i_values[i_values.size() / 2];
 }
-}  // namespace
+} // namespace
 
 Comparison compare(const std::function<void()>& i_first, const std::function<void()>& i_second)
 {

@@ -9,7 +9,7 @@
 /// machine's speed meets both; the medians are compared. Absolute times of different runs are not comparable.
 struct Comparison
 {
-  double first = 0.0;   ///< seconds for one execution
+  double first = 0.0; ///< seconds for one execution
   double second = 0.0;
   double ratio() const { return first / second; }
 };

@@ -59,8 +59,7 @@ void growTree(const CorvRoadmapShPtr& i_roadmap, unsigned int i_count)
     target.randomize();
     const double step = 0.3 / from->config().distanceTo(target);
     const CorvNodeShPtr node = CorvNode::create(from->config() * (1.0 - step) + target * step);
-    const CorvDirectPathShPtr there =
-      space->steeringMethod()->makeDirectPath(from->config(), node->config());
+    const CorvDirectPathShPtr there = space->steeringMethod()->makeDirectPath(from->config(), node->config());
     if (i_roadmap->addNode(node).succeeded())
       i_roadmap->addDoubleEdge(from, node, CorvEdge::create(there),
                                CorvEdge::create(CorvDirectPath::createReversed(there)));
@@ -114,4 +113,4 @@ void benchmarkNearest()
 }
 
 const Section s_nearest("nearest", benchmarkNearest);
-}  // namespace
+} // namespace

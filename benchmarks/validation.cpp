@@ -23,7 +23,7 @@ namespace
 {
 struct PartInClutter
 {
-  ClumMeshShPtr part = torusKnot(2, 3, 1.0, 0.1, 125, 20);  // 5,000 triangles
+  ClumMeshShPtr part = torusKnot(2, 3, 1.0, 0.1, 125, 20); // 5,000 triangles
   ClumMeshShPtr obstacle = clutter(7, 60, 12.0);
   CorvDeviceShPtr device = freeFlyer(part);
   CorvConfigSpaceShPtr space;
@@ -112,4 +112,4 @@ void benchmarkProof()
 
 const Section s_configuration("validation", benchmarkConfiguration);
 const Section s_proof("proof", benchmarkProof);
-}  // namespace
+} // namespace

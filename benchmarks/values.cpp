@@ -104,7 +104,7 @@ void benchmarkDistance()
 
 const Section s_copy("copy", benchmarkCopy);
 const Section s_distance("distance", benchmarkDistance);
-}  // namespace
+} // namespace
 
 // Counts what the program allocates.
 void* operator new(std::size_t i_size)

@@ -51,7 +51,7 @@ bool writeFiles(const PlanOptions& i_options, const PlanScene& i_scene, const Se
   }
   return i_options.svg.empty() || writeFile(i_options.svg, scenePicture(i_scene, i_result), o_error);
 }
-}  // namespace
+} // namespace
 
 int main(int i_count, char** i_arguments)
 {

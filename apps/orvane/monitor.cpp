@@ -16,7 +16,7 @@ void interrupt(int)
 {
   g_isInterrupted = 1;
 }
-}  // namespace
+} // namespace
 
 SearchMonitor::SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit,
                              const CorvRoadmapShPtr& i_roadmap, const CorvConfig& i_start, const CorvConfig& i_goal)

@@ -68,7 +68,7 @@ std::vector<std::string> joinedArguments(int i_count, const char* const* i_argum
   }
   return {arguments.rbegin(), arguments.rend()};
 }
-}  // namespace
+} // namespace
 
 std::optional<int> parseOptions(int i_count, const char* const* i_arguments, PlanOptions& o_options)
 {
@@ -80,8 +80,9 @@ std::optional<int> parseOptions(int i_count, const char* const* i_arguments, Pla
   addSixNumbers(*plan, "--start", o_options.start, "Pose x y z rx ry rz: translation, then Rx(rx)·Ry(ry)·Rz(rz)");
   addSixNumbers(*plan, "--goal", o_options.goal, "Pose, in the same convention");
   addSixNumbers(*plan, "--bounds", o_options.bounds, "xmin ymin zmin xmax ymax zmax of the part's origin");
-  plan->add_option("--penetration", o_options.penetration,
-                   "Depth that the proof may miss; 0 proves exactly; by default from the part's size")
+  plan
+    ->add_option("--penetration", o_options.penetration,
+                 "Depth that the proof may miss; 0 proves exactly; by default from the part's size")
     ->check(CLI::NonNegativeNumber);
   plan->add_option("--deviation", o_options.deviation, "Size of a random step; by default from the scene")
     ->check(CLI::PositiveNumber);

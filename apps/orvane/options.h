@@ -10,14 +10,14 @@ struct PlanOptions
 {
   std::string part;
   std::vector<std::string> obstacles;
-  std::array<double, 6> start{};   ///< x y z rx ry rz
+  std::array<double, 6> start{}; ///< x y z rx ry rz
   std::array<double, 6> goal{};
-  std::array<double, 6> bounds{};  ///< xmin ymin zmin xmax ymax zmax, of the part's origin
+  std::array<double, 6> bounds{}; ///< xmin ymin zmin xmax ymax zmax, of the part's origin
   std::optional<double> penetration;
   std::optional<double> deviation;
   unsigned int seed = 1;
   unsigned int maxSteps = 100000;
-  std::optional<double> timeLimit;  ///< seconds of planning and optimising
+  std::optional<double> timeLimit; ///< seconds of planning and optimising
   bool doesOptimize = false;
   std::optional<double> sampleStep;
   std::string out;

@@ -36,7 +36,7 @@ std::string tableRow(double i_distance, const CorvConfig& i_config, bool i_isWay
     row += line(",%.17g", i_config.dofValue(rank));
   return row + (i_isWaypoint ? ",1\n" : ",0\n");
 }
-}  // namespace
+} // namespace
 
 std::string resultText(const PlanOptions& i_options, const PlanScene& i_scene, const SearchResult& i_result)
 {
@@ -70,9 +70,8 @@ std::string resultJson(const PlanOptions& i_options, const PlanScene& i_scene, c
   json["penetration"] = i_result.penetration;
   json["randomStep"] = i_result.deviation;
   json["longestMotion"] = i_result.extension;
-  json["seconds"] = {{"loading", i_result.loadSeconds},
-                     {"planning", i_result.planSeconds},
-                     {"optimizing", i_result.optimizeSeconds}};
+  json["seconds"] = {
+    {"loading", i_result.loadSeconds}, {"planning", i_result.planSeconds}, {"optimizing", i_result.optimizeSeconds}};
   json["steps"] = i_result.steps;
   json["nodes"] = i_result.nodes;
   json["edges"] = i_result.edges;

@@ -31,7 +31,7 @@ std::vector<double> valuesOf(const std::array<double, 6>& i_pose)
 {
   return {i_pose.begin(), i_pose.end()};
 }
-}  // namespace
+} // namespace
 
 bool PlanScene::load(const PlanOptions& i_options, std::string& o_error)
 {
@@ -92,7 +92,8 @@ bool PlanScene::buildDevice(const PlanOptions& i_options, std::string& o_error)
   }
   double squared = 0.0;
   for (int axis = 0; axis < 3; ++axis)
-    squared += (i_options.bounds[axis + 3] - i_options.bounds[axis]) * (i_options.bounds[axis + 3] - i_options.bounds[axis]);
+    squared +=
+      (i_options.bounds[axis + 3] - i_options.bounds[axis]) * (i_options.bounds[axis + 3] - i_options.bounds[axis]);
   m_extent = std::sqrt(squared);
   m_space = m_device->configSpace();
   return true;

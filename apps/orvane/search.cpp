@@ -77,7 +77,7 @@ CorvPathShPtr shortened(const CorvPathShPtr& i_path, const ClumParameterMapShPtr
   optimizer->plan(i_path, CorvPathPlanner::STABLE_ENDS, i_parameters, result);
   return result && result->length() <= i_path->length() ? result : i_path;
 }
-}  // namespace
+} // namespace
 
 SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options)
 {
@@ -86,8 +86,7 @@ SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options)
   CorvValidatorDPCollision::setPenetration(i_scene.space()->directPathValidators(), result.penetration);
   const ClumParameterMapShPtr parameters = makeParameters(result);
   const CorvRoadmapShPtr roadmap = CorvRoadmap::create(i_scene.space());
-  const CorvBuilderPlannerShPtr planner =
-    CorvBuilderPlanner::create(makeBuilder(roadmap, i_scene, result.extension));
+  const CorvBuilderPlannerShPtr planner = CorvBuilderPlanner::create(makeBuilder(roadmap, i_scene, result.extension));
   const ShPtr<SearchMonitor> monitor(
     new SearchMonitor(i_options.maxSteps, i_options.timeLimit, roadmap, i_scene.start(), i_scene.goal()));
   planner->addDelegate(monitor);

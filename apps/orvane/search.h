@@ -12,12 +12,12 @@
 struct SearchResult
 {
   bool isSolved = false;
-  CorvPathShPtr path;  ///< null unless solved
-  std::string ending;  ///< why the search ended, if it found nothing
+  CorvPathShPtr path; ///< null unless solved
+  std::string ending; ///< why the search ended, if it found nothing
 
-  double penetration = 0.0;  ///< what was used, given or chosen
+  double penetration = 0.0; ///< what was used, given or chosen
   double deviation = 0.0;
-  double extension = 0.0;  ///< longest motion tried at once
+  double extension = 0.0; ///< longest motion tried at once
 
   unsigned int steps = 0;
   unsigned int nodes = 0;

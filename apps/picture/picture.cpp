@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <map>
 
 namespace
 {
@@ -40,7 +41,7 @@ std::string coordinates(double i_x, double i_y)
   std::snprintf(text, sizeof text, "%.1f %.1f", i_x, i_y);
   return text;
 }
-}  // namespace
+} // namespace
 
 /// A scene seen along one direction, orthographically, with hidden triangles found by a depth buffer.
 class PictureView
@@ -55,11 +56,11 @@ public:
     m_towards = {ca * ce, sa * ce, se};
     m_up = cross(m_towards, m_right);
     fit();
-    fillDepthBuffer();
+    findVisible();
   }
 
-  /// Pixels that show the moving bodies.
-  std::size_t countPosePixels() const { return m_posePixels; }
+  /// How well the poses are seen: a view of all of them a little is better than one of a few in full.
+  double clarity() const { return m_clarity; }
 
   std::string svg() const
   {
@@ -68,10 +69,10 @@ public:
                   "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" viewBox=\"0 0 %d %d\">\n",
                   m_width, m_height, m_width, m_height);
     std::string text = header;
-    text += "<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n<g stroke-width=\"0.6\" "
-            "stroke-linejoin=\"round\">\n";
-    appendTriangles(text);
-    text += "</g>\n";
+    text += "<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n";
+    appendLayer(m_isObstacle, 1.0, text);
+    appendLayer(m_isPose, 1.0, text);
+    appendLayer(m_isVeil, 0.6, text);
     appendTrack(text);
     return text + "</svg>\n";
   }
@@ -83,23 +84,24 @@ private:
     low.fill(std::numeric_limits<double>::infinity());
     high.fill(-std::numeric_limits<double>::infinity());
     for (const Picture::Triangle& triangle : m_picture.m_triangles)
-      for (const Vector& corner : triangle.corners)
-      {
-        const Vector seen = {dot(corner, m_right), dot(corner, m_up), dot(corner, m_towards)};
-        for (int i = 0; i < 3; ++i)
+      if (triangle.along >= 0.0)
+        for (const Vector& corner : triangle.corners)
         {
-          low[i] = std::min(low[i], seen[i]);
-          high[i] = std::max(high[i], seen[i]);
+          const Vector seen = {dot(corner, m_right), dot(corner, m_up), dot(corner, m_towards)};
+          for (int i = 0; i < 3; ++i)
+          {
+            low[i] = std::min(low[i], seen[i]);
+            high[i] = std::max(high[i], seen[i]);
+          }
         }
-      }
-    const double margin = 20.0;
-    const double extent = std::max(high[0] - low[0], 1e-300);
-    m_scale = (m_width - 2.0 * margin) / extent;
-    m_height = static_cast<int>(std::min((high[1] - low[1]) * m_scale + 2.0 * margin, 3.0 * m_width));
-    m_left = low[0] - margin / m_scale;
-    m_top = high[1] + margin / m_scale;
-    m_far = low[2];
-    m_depth = std::max(high[2] - low[2], 1e-300);
+    // The motion fills the picture but for a margin; of the obstacles one sees what lies around it.
+    const double margin = 0.18 * std::max(high[0] - low[0], high[1] - low[1]) + 1e-300;
+    m_scale = m_width / (high[0] - low[0] + 2.0 * margin);
+    m_height = static_cast<int>(std::clamp((high[1] - low[1] + 2.0 * margin) * m_scale, 0.3 * m_width, 2.0 * m_width));
+    m_left = low[0] - margin;
+    m_top = 0.5 * (low[1] + high[1]) + 0.5 * m_height / m_scale;
+    m_far = low[2] - margin;
+    m_depth = high[2] - low[2] + 2.0 * margin;
   }
 
   /// Pixel coordinates x, y and depth, larger is nearer.
@@ -109,20 +111,50 @@ private:
             dot(i_point, m_towards)};
   }
 
-  void fillDepthBuffer()
+  /// What is nearest at each pixel.
+  struct Buffer
+  {
+    std::vector<double> depth;
+    std::vector<std::size_t> owner;
+  };
+
+  /// Three layers: the obstacles, the poses over them, and as a veil what of the obstacles lies in front of a pose.
+  void findVisible()
   {
     const std::size_t count = m_picture.m_triangles.size();
-    std::vector<double> depth(static_cast<std::size_t>(m_width) * m_height, -std::numeric_limits<double>::infinity());
-    std::vector<std::size_t> owner(depth.size(), count);
-    for (std::size_t t = 0; t < count; ++t)
-      scan(t, depth, owner);
-    m_isVisible.assign(count, false);
-    for (const std::size_t t : owner)
-      if (t != count)
-      {
-        m_isVisible[t] = true;
-        m_posePixels += m_picture.m_triangles[t].along >= 0.0;
-      }
+    const Buffer obstacles = buffer([](double i_along) { return i_along < 0.0; });
+    const Buffer poses = buffer([](double i_along) { return i_along >= 0.0; });
+    m_isObstacle.assign(count, false);
+    m_isPose.assign(count, false);
+    m_isVeil.assign(count, false);
+    std::map<double, double> pixelsByPose;
+    for (std::size_t pixel = 0; pixel < poses.owner.size(); ++pixel)
+    {
+      const std::size_t behind = obstacles.owner[pixel], shown = poses.owner[pixel];
+      if (behind != count)
+        m_isObstacle[behind] = true;
+      if (shown == count)
+        continue;
+      m_isPose[shown] = true;
+      const bool isVeiled = behind != count && obstacles.depth[pixel] > poses.depth[pixel];
+      if (isVeiled)
+        m_isVeil[behind] = true;
+      pixelsByPose[m_picture.m_triangles[shown].along] += isVeiled ? 0.1 : 1.0;
+    }
+    for (const auto& [along, pixels] : pixelsByPose)
+      m_clarity += std::sqrt(pixels);
+  }
+
+  template <class CHOICE>
+  Buffer buffer(CHOICE i_isChosen) const
+  {
+    const std::size_t pixels = static_cast<std::size_t>(m_width) * m_height;
+    Buffer result{std::vector<double>(pixels, -std::numeric_limits<double>::infinity()),
+                  std::vector<std::size_t>(pixels, m_picture.m_triangles.size())};
+    for (std::size_t t = 0; t < m_picture.m_triangles.size(); ++t)
+      if (i_isChosen(m_picture.m_triangles[t].along))
+        scan(t, result.depth, result.owner);
+    return result;
   }
 
   void scan(std::size_t i_triangle, std::vector<double>& io_depth, std::vector<std::size_t>& io_owner) const
@@ -155,11 +187,15 @@ private:
       }
   }
 
-  void appendTriangles(std::string& io_text) const
+  void appendLayer(const std::vector<bool>& i_isShown, double i_opacity, std::string& io_text) const
   {
+    char group[120];
+    std::snprintf(group, sizeof group, "<g stroke-width=\"0.6\" stroke-linejoin=\"round\" opacity=\"%.1f\">\n",
+                  i_opacity);
+    io_text += group;
     std::vector<std::pair<double, std::size_t>> order;
-    for (std::size_t t = 0; t < m_isVisible.size(); ++t)
-      if (m_isVisible[t])
+    for (std::size_t t = 0; t < i_isShown.size(); ++t)
+      if (i_isShown[t])
       {
         const auto& corners = m_picture.m_triangles[t].corners;
         order.emplace_back(dot(corners[0], m_towards) + dot(corners[1], m_towards) + dot(corners[2], m_towards), t);
@@ -177,19 +213,20 @@ private:
       }
       io_text += "z\"/>\n";
     }
+    io_text += "</g>\n";
   }
 
   std::string shade(const Picture::Triangle& i_triangle, double i_depth) const
   {
-    Vector normal = cross(minus(i_triangle.corners[1], i_triangle.corners[0]),
-                          minus(i_triangle.corners[2], i_triangle.corners[0]));
+    Vector normal =
+      cross(minus(i_triangle.corners[1], i_triangle.corners[0]), minus(i_triangle.corners[2], i_triangle.corners[0]));
     const double length = std::sqrt(dot(normal, normal));
     const double facing = length > 0.0 ? std::fabs(dot(normal, m_towards)) / length : 1.0;
-    const double nearness = (i_depth - m_far) / m_depth;
-    const double light = (0.45 + 0.55 * facing) * (0.62 + 0.38 * nearness);
+    const double nearness = std::clamp((i_depth - m_far) / m_depth, 0.0, 1.0);
+    const double light = (0.6 + 0.4 * facing) * (0.7 + 0.3 * nearness);
     const double s = i_triangle.along;
-    const Vector base = s < 0.0 ? Vector{206.0, 208.0, 212.0}
-                                : Vector{40.0 + 205.0 * s, 120.0 + 20.0 * s, 235.0 - 205.0 * s};
+    const Vector base =
+      s < 0.0 ? Vector{226.0, 228.0, 232.0} : Vector{40.0 + 205.0 * s, 120.0 + 20.0 * s, 235.0 - 205.0 * s};
     return hexColour({base[0] * light, base[1] * light, base[2] * light});
   }
 
@@ -211,8 +248,8 @@ private:
   int m_height = 0;
   Vector m_right, m_up, m_towards;
   double m_scale = 1.0, m_left = 0.0, m_top = 0.0, m_far = 0.0, m_depth = 1.0;
-  std::vector<bool> m_isVisible;
-  std::size_t m_posePixels = 0;
+  std::vector<bool> m_isObstacle, m_isPose, m_isVeil;
+  double m_clarity = 0.0;
 };
 
 void Picture::addObstacle(const ClumGeometry& i_geometry, const ClumMat4& i_position)
@@ -245,19 +282,67 @@ void Picture::add(const ClumGeometry& i_geometry, const ClumMat4& i_position, do
   }
 }
 
-std::string Picture::svg(int i_width) const
+void Picture::refine()
 {
+  Vector low, high;
+  low.fill(std::numeric_limits<double>::infinity());
+  high.fill(-std::numeric_limits<double>::infinity());
+  for (const Triangle& triangle : m_triangles)
+    if (triangle.along >= 0.0)
+      for (const Vector& corner : triangle.corners)
+        for (int i = 0; i < 3; ++i)
+        {
+          low[i] = std::min(low[i], corner[i]);
+          high[i] = std::max(high[i], corner[i]);
+        }
+  const Vector extent = minus(high, low);
+  const double longest = 0.0025 * dot(extent, extent);
+  // Triangles are cut while they are longer than a twentieth of the motion, but not into more than a page can hold.
+  for (std::size_t t = 0; t < m_triangles.size() && m_triangles.size() < 300000; ++t)
+    while (cutLongestEdge(t, longest) && m_triangles.size() < 300000)
+    {
+    }
+}
+
+bool Picture::cutLongestEdge(std::size_t i_triangle, double i_longestSquared)
+{
+  Triangle& whole = m_triangles[i_triangle];
+  int edge = 0;
+  double squared = 0.0;
+  for (int i = 0; i < 3; ++i)
+  {
+    const Vector along = minus(whole.corners[(i + 1) % 3], whole.corners[i]);
+    if (dot(along, along) > squared)
+    {
+      squared = dot(along, along);
+      edge = i;
+    }
+  }
+  if (!(squared > i_longestSquared))
+    return false;
+  const Vector &a = whole.corners[edge], &b = whole.corners[(edge + 1) % 3];
+  const Vector middle = {0.5 * (a[0] + b[0]), 0.5 * (a[1] + b[1]), 0.5 * (a[2] + b[2])};
+  Triangle half = whole;
+  half.corners[edge] = middle;
+  whole.corners[(edge + 1) % 3] = middle;
+  m_triangles.push_back(half);
+  return true;
+}
+
+std::string Picture::svg(int i_width)
+{
+  refine();
   const double pi = 3.14159265358979323846;
   double bestAzimuth = 0.25 * pi, bestElevation = 0.4;
-  std::size_t bestPixels = 0;
+  double best = 0.0;
   for (const double elevation : {0.35, 0.75})
     for (int i = 0; i < 12; ++i)
     {
       const double azimuth = pi * (i + 0.5) / 6.0;
       const PictureView view(*this, azimuth, elevation, std::min(i_width, 300));
-      if (view.countPosePixels() > bestPixels)
+      if (view.clarity() > best)
       {
-        bestPixels = view.countPosePixels();
+        best = view.clarity();
         bestAzimuth = azimuth;
         bestElevation = elevation;
       }

@@ -19,15 +19,18 @@ public:
   void addTrackPoint(const ClumMat4& i_position);
 
   /// The SVG text, `i_width` pixels wide.
-  std::string svg(int i_width = 1000) const;
+  std::string svg(int i_width = 1000);
 
 private:
   struct Triangle
   {
     std::array<std::array<double, 3>, 3> corners;
-    double along;  ///< negative for an obstacle
+    double along; ///< negative for an obstacle
   };
 
+  /// Cuts long triangles, so that they can be put in order by depth.
+  void refine();
+  bool cutLongestEdge(std::size_t i_triangle, double i_longestSquared);
   void add(const ClumGeometry& i_geometry, const ClumMat4& i_position, double i_along);
 
   std::vector<Triangle> m_triangles;

@@ -9,8 +9,8 @@ namespace
 {
 using Corners = std::array<ClumPoint3, 3>;
 
-constexpr int AROUND = 20;  ///< facets around a rounded shape
-constexpr int ALONG = 6;    ///< facets from its pole to its equator
+constexpr int AROUND = 20; ///< facets around a rounded shape
+constexpr int ALONG = 6;   ///< facets from its pole to its equator
 
 /// Two unit vectors that complete a unit vector to a right-handed frame.
 void completeFrame(const ClumVect3& i_axis, ClumVect3& o_u, ClumVect3& o_v)
@@ -34,8 +34,8 @@ void appendCapsule(const ClumPoint3& i_from, const ClumPoint3& i_to, double i_ra
     const bool isFirst = i_ring <= ALONG;
     const double polar = (isFirst ? i_ring : i_ring - 1) * M_PI / (2 * ALONG);
     const double turn = 2.0 * M_PI * i_sector / AROUND;
-    const ClumVect3 offset = u * (std::sin(polar) * std::cos(turn)) + v * (std::sin(polar) * std::sin(turn)) +
-                             axis * -std::cos(polar);
+    const ClumVect3 offset =
+      u * (std::sin(polar) * std::cos(turn)) + v * (std::sin(polar) * std::sin(turn)) + axis * -std::cos(polar);
     const ClumPoint3& centre = isFirst ? i_from : i_to;
     return ClumPoint3(centre[0] + i_radius * offset[0], centre[1] + i_radius * offset[1],
                       centre[2] + i_radius * offset[2]);
@@ -62,7 +62,7 @@ void appendLeaf(const ClumPlacedLeaf& i_placed, std::vector<Corners>& io_corners
       io_corners.push_back(corners);
   }
 }
-}  // namespace
+} // namespace
 
 std::vector<Corners> tessellate(const ClumGeometry& i_geometry)
 {
