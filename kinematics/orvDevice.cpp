@@ -322,6 +322,8 @@ void CorvDevice::jointAdded(const CorvJointShPtr& i_joint)
 void CorvDevice::jointRemoved(const CorvJointShPtr& i_joint)
 {
   i_joint->removedFromDevice();
+  // Nothing that left is kept alive by a cache.
+  m_cache.reset(new CCache);
 }
 
 void CorvDevice::newMobileGroupAddedToScene(const ClumGeometryShPtr& i_group)

@@ -23,7 +23,8 @@ namespace
 constexpr unsigned int MAX_ENCLOSING_POINTS = 24;
 /// The bound is taken larger by this factor, which covers the rounding of its evaluation.
 constexpr double DISPLACEMENT_SAFETY = 1.0 + 1e-9;
-/// Added to a lever for each unit of distance from the joint: covers the rounding of points and axes.
+/// Added to a lever for each unit of distance of the body from the joint and of the joint from the world's origin:
+/// covers the rounding of frames, points and axes.
 constexpr double LEVER_ROUNDING = 1e-12;
 constexpr unsigned int MAX_NEWTON_STEPS = 4;
 /// Newton's steps end once one gains less than this part.
@@ -373,6 +374,7 @@ void CorvDeviceTable::setLevers(const CBodyRow& i_body, CTerm& io_term) const
   const ClumPoint3 origin(m_frames[io_term.joint].translation());
   double levers[3] = {0.0, 0.0, 0.0};
   double whole = 0.0;
+  const double height = origin.toVect3().norm();
   for (const CPointGroup& group : i_body.groups)
   {
     double squares[3] = {0.0, 0.0, 0.0};
@@ -385,7 +387,7 @@ void CorvDeviceTable::setLevers(const CBodyRow& i_body, CTerm& io_term) const
         squares[i] = std::max(squares[i], (arm * motion.turns[i].axis).squaredNorm());
     }
     const double reach = std::sqrt(squaredReach);
-    const double margin = group.radius + LEVER_ROUNDING * reach;
+    const double margin = group.radius + LEVER_ROUNDING * (reach + height);
     whole = std::max(whole, reach + margin);
     for (unsigned int i = 0; i < motion.countTurns; ++i)
       levers[i] = std::max(levers[i], std::sqrt(squares[i]) + margin);
