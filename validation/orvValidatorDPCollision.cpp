@@ -41,6 +41,11 @@ constexpr double LEAST_ADVANCE = 1e-12;
 /// Of the length: a mark nearer to the end than this is not set.
 constexpr double MARK_MARGIN = 1e-8;
 
+/// Of the stretch that a sample proves clear before a collision, the part that is kept; and of the length, the least
+/// that is worth a sample.
+constexpr double RETREAT = 0.9;
+constexpr double LEAST_RETREAT = 0.01;
+
 struct CDPCollisionKeys
 {
   ClumStringKey penetration = "orvane.core.validator.dp.collision.penetration";
@@ -417,23 +422,16 @@ private:
     while (canGoOn() && t != last)
     {
       const double covered = reach(t, m_config, last);
+      const double clear = isExact() ? covered : reach(t, m_config, last, -m_settings.penetration);
       double next = isExact() ? covered : reach(t, m_config, last, m_settings.penetration);
       if (next == last && covered != last && !testsLast)
         next = covered;
       if (!canGoOn() || !makesHeadway(t, next))
         return;
       const bool isLast = next == last;
-      const double from = std::min(t, last);
-      const double to = std::max(t, last);
-      if (isLast && testsLast)
-        testEnd(last, lastConfig, true, from, to);
-      else if (!isLast)
-        testSample(next, from, to);
-      if (!canGoOn())
-        return;
-      if (isLast)
-        m_config = lastConfig;
-      closeGap(covered, next, i_isForward);
+      advanceTo(next, covered, last, testsLast, lastConfig);
+      if (m_isColliding && m_collisionParam >= 0.0)
+        retreat(t, clear);
       if (!canGoOn())
         return;
       t = next;
@@ -442,6 +440,38 @@ private:
       if (!isLast && (isTimeOver() || areSamplesOver()))
         return giveUp();
     }
+  }
+
+  /// Judges what a step leads to, which is then `m_config`, and covers what is between the two samples.
+  void advanceTo(double i_next, double i_covered, double i_last, bool i_testsLast, const CorvConfig& i_lastConfig)
+  {
+    const bool isForward = i_last > 0.0;
+    const double from = isForward ? i_covered : i_last;
+    const double to = isForward ? i_last : i_covered;
+    if (i_next != i_last)
+      testSample(i_next, std::min(from, i_next), std::max(to, i_next));
+    else if (i_testsLast)
+      testEnd(i_last, i_lastConfig, true, from, to);
+    if (!canGoOn())
+      return;
+    if (i_next == i_last)
+      m_config = i_lastConfig;
+    closeGap(i_covered, i_next, isForward);
+  }
+
+  /// After a collision: what the last good sample proves is worth having, so a sample before the end of that is taken
+  /// for the last good one.
+  void retreat(double i_t, double i_clear)
+  {
+    const double param = i_t + RETREAT * (i_clear - i_t);
+    if (!(std::fabs(param - i_t) > LEAST_RETREAT * m_length) || m_dp.getConfigAtDistance(param, m_config).failed())
+      return;
+    setNeeds(m_config, param, 0.0, m_length);
+    validate(m_config);
+    if (!isConfigValid(m_config))
+      return;
+    m_validParam = param;
+    m_validConfig = m_config;
   }
 
   bool makesHeadway(double i_t, double i_next)
@@ -460,9 +490,12 @@ private:
     const double back = reach(i_next, m_config, i_covered);
     if (!canGoOn() || back == i_covered)
       return;
+    // The samples in the gap take the place of the one at hand, with what was asked for it.
     const CorvConfig nextConfig = m_config;
+    const std::vector<double> nextNeeds = m_query.needs;
     bisect(i_isForward ? i_covered : back, i_isForward ? back : i_covered);
     m_config = nextConfig;
+    m_query.needs = nextNeeds;
   }
 
   /// Where nothing bounds the motion of the bodies: samples a penetration apart. That proves nothing between them.

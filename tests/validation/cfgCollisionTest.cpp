@@ -117,7 +117,7 @@ TEST_F(CfgCollision, ReportServesUntilTheWorldOrTheQuestionChanges)
   const CorvConfig config = at(5.0);
   EXPECT_EQ(testsFor(*validator, config), 1u);
   EXPECT_EQ(testsFor(*validator, config), 0u);
-  EXPECT_EQ(testsFor(*validator, config, exact(0.2)), 1u);  // a verdict has no distance
+  EXPECT_EQ(testsFor(*validator, config, exact(0.2)), 1u); // a verdict has no distance
   EXPECT_EQ(testsFor(*validator, config, exact(0.5)), 0u);
   EXPECT_EQ(testsFor(*validator, config), 0u);
   EXPECT_EQ(testsFor(*validator, config, exact(0.01)), 1u);
@@ -132,7 +132,7 @@ TEST_F(CfgCollision, ReportServesUntilTheWorldOrTheQuestionChanges)
   obstacle->position(aside);
   EXPECT_FALSE(validator->upToDateReportFrom(config));
   EXPECT_EQ(testsFor(*validator, config), 1u);
-  EXPECT_FALSE(config.isValid());  // 1.5 apart now
+  EXPECT_FALSE(config.isValid()); // 1.5 apart now
 
   // A contact stays a contact for every kind of question.
   EXPECT_EQ(testsFor(*validator, config, exact()), 0u);
@@ -150,7 +150,7 @@ TEST_F(CfgCollision, ToleranceIsAContactDistanceAndGrowsIntoTheReport)
   EXPECT_FALSE(validator->validate(at(2.4)));
   EXPECT_TRUE(validator->validate(at(2.6)));
 
-  const CorvConfig copy = config;  // shares the report
+  const CorvConfig copy = config; // shares the report
   ASSERT_TRUE(device->pushToleranceModifier(1.0).succeeded());
   EXPECT_EQ(testsFor(*validator, config, exact()), 0u);
   EXPECT_NEAR(reportOf(config)->distance(0), 1.5, 1e-3);
@@ -158,7 +158,7 @@ TEST_F(CfgCollision, ToleranceIsAContactDistanceAndGrowsIntoTheReport)
   EXPECT_NEAR(reportOf(copy)->distance(0), 2.5, 1e-3);
   ASSERT_TRUE(device->popToleranceModifier().succeeded());
   EXPECT_EQ(testsFor(*validator, config, exact()), 0u);
-  EXPECT_NEAR(reportOf(config)->distance(0), 1.5, 1e-3);  // a smaller tolerance keeps the distance
+  EXPECT_NEAR(reportOf(config)->distance(0), 1.5, 1e-3); // a smaller tolerance keeps the distance
 
   // Beyond the clearance the test is made again, and again when the tolerance that refused goes down.
   const ClumParameterMapShPtr large = exact();
@@ -209,7 +209,7 @@ TEST_F(CfgCollision, MotionBoundStaysClear)
     return validator->validMotion(*path, 0.0, path->startConfiguration(), CorvAbstractPath::FORWARD, i_params, bound,
                                   isExact);
   };
-  EXPECT_TRUE(boundOf(exact()).failed());  // nothing is known yet
+  EXPECT_TRUE(boundOf(exact()).failed()); // nothing is known yet
   ASSERT_TRUE(validator->validate(path->startConfiguration(), exact()));
   EXPECT_TRUE(boundOf(exact()).succeeded());
   EXPECT_FALSE(isExact);
@@ -218,13 +218,13 @@ TEST_F(CfgCollision, MotionBoundStaysClear)
   const ClumParameterMapShPtr coarse = exact();
   coarse->setDouble("orvane.core.validator.dp.collision.penetration", 0.5);
   EXPECT_TRUE(boundOf(coarse).succeeded());
-  EXPECT_NEAR(bound, 4.0, 0.01);  // the distance and twice the penetration
+  EXPECT_NEAR(bound, 4.0, 0.01); // the distance and twice the penetration
 
   const CorvDirectPathShPtr near = space->steeringMethod()->makeDirectPath(at(2.0 + 0.8e-4), at(-5.0));
   ASSERT_TRUE(validator->validate(near->startConfiguration(), exact()));
-  EXPECT_TRUE(validator
-                ->validMotion(*near, 0.0, near->startConfiguration(), CorvAbstractPath::FORWARD, exact(), bound, isExact)
-                .failed());
+  EXPECT_TRUE(
+    validator->validMotion(*near, 0.0, near->startConfiguration(), CorvAbstractPath::FORWARD, exact(), bound, isExact)
+      .failed());
 }
 
 TEST_F(CfgCollision, EmptyWorldIsFree)

@@ -156,7 +156,7 @@ TEST(MotionProof, ArmInClutterNeverTouchesWhereItIsProvedFree)
   const CorvDeviceShPtr device = sixAxisArm();
   ClumMat4 above;
   above.translate(0.0, 0.0, 1.0);
-  ASSERT_TRUE(device->addObstacleGeometry(moved(*clutter(9, 60, 3.0), above)).succeeded());
+  ASSERT_TRUE(device->addObstacleGeometry(moved(*clutter(10, 36, 3.0), above)).succeeded());
   EXPECT_GT(expectSoundProofs(device, 400, 0.0, 0.0, 0.4), 50u);
 }
 

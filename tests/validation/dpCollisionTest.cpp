@@ -1,0 +1,326 @@
+#include "foundation/lumParameterMap.h"
+#include "foundation/lumSphere.h"
+#include "kinematics/orvConfig.h"
+#include "kinematics/orvDevice.h"
+#include "kinematics/orvDof.h"
+#include "kinematics/orvUtility.h"
+#include "paths/orvDirectPath.h"
+#include "paths/orvSteeringMethod.h"
+#include "support/devices.h"
+#include "support/logCapture.h"
+#include "support/meshes.h"
+#include "support/samples.h"
+#include "validation/orvReportDPCollision.h"
+#include "validation/orvValidatorCfgCollisionBase.h"
+#include "validation/orvValidatorDPCollision.h"
+#include "validation/orvValidatorDPTurnJump.h"
+#include "validation/orvValidatorSet.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+using Algorithm = CorvValidatorDPCollision::EAlgorithm;
+const std::string DP_PREFIX = "orvane.core.validator.dp.collision.";
+
+/// A flying ball of radius 1 and one that stands at the origin.
+class DPCollision : public testing::Test
+{
+protected:
+  DPCollision() : device(freeFlyer(ClumSphere::create(1.0)))
+  {
+    EXPECT_TRUE(device->addObstacleGeometry(ClumSphere::create(1.0)).succeeded());
+    space = device->configSpace();
+  }
+
+  CorvValidatorDPCollisionShPtr make(double i_penetration,
+                                     Algorithm i_algorithm = CorvValidatorDPCollision::DICHOTOMY) const
+  {
+    return CorvValidatorDPCollision::create(space, CorvValidatorConstShPtr(), i_penetration, i_algorithm);
+  }
+
+  CorvConfig at(double i_x, double i_y) const { return CorvConfig(space, {i_x, i_y, 0.0, 0.0, 0.0, 0.0}); }
+  CorvDirectPathShPtr path(double i_x0, double i_y0, double i_x1, double i_y1) const
+  {
+    return space->steeringMethod()->makeDirectPath(at(i_x0, i_y0), at(i_x1, i_y1));
+  }
+
+  CorvDeviceShPtr device;
+  CorvConfigSpaceShPtr space;
+};
+
+unsigned long configsFor(const CorvValidatorShPtr& i_validator, const CorvDirectPath& i_path, bool& o_isValid,
+                         const ClumParameterMapConstShPtr& i_params = ClumParameterMapConstShPtr())
+{
+  const unsigned long before = CorvValidatorDPCollision::countTestedConfigs();
+  o_isValid = i_validator->validate(i_path, i_params);
+  return CorvValidatorDPCollision::countTestedConfigs() - before;
+}
+} // namespace
+
+TEST_F(DPCollision, CreationRefusesWhatCannotWork)
+{
+  LogCapture log;
+  EXPECT_FALSE(make(-1.0));
+  EXPECT_TRUE(log.contains("Cannot create CorvValidatorDPCollision with negative penetration."));
+  const CorvConfigSpaceShPtr other = sampleSpace();
+  EXPECT_FALSE(CorvValidatorDPCollision::create(other, device->collisionValidator(), 1.0));
+  EXPECT_TRUE(log.contains("CorvValidatorDPCollision config validator cannot work on another space."));
+
+  const CorvValidatorShPtr set = space->directPathValidators();
+  EXPECT_TRUE(CorvValidatorDPCollision::setPenetration(set, 0.25).succeeded());
+  EXPECT_TRUE(CorvValidatorDPCollision::setPenetration(set, -0.25).failed());
+  double penetration = 0.0;
+  EXPECT_TRUE(CorvValidatorDPCollision::getPenetration(set, penetration).succeeded());
+  EXPECT_EQ(penetration, 0.25);
+  EXPECT_TRUE(CorvValidatorDPCollision::getPenetration(device->collisionValidator(), penetration).failed());
+}
+
+TEST_F(DPCollision, ClearPathCostsTwoConfigurations)
+{
+  for (const double penetration : {0.0, 0.5})
+  {
+    bool isValid = false;
+    EXPECT_EQ(configsFor(make(penetration), *path(-3.0, 8.0, 3.0, 8.0), isValid), 2u);
+    EXPECT_TRUE(isValid);
+  }
+}
+
+TEST_F(DPCollision, ProgressiveMarksWhatIsProvedAndWhereItCollides)
+{
+  for (const double penetration : {0.0, 0.1})
+    for (const bool isForward : {true, false})
+    {
+      const auto validator = make(penetration, isForward ? CorvValidatorDPCollision::PROGRESSIVE_FORWARD
+                                                         : CorvValidatorDPCollision::PROGRESSIVE_BACKWARD);
+      const CorvDirectPathShPtr colliding = path(-9.0, 0.0, 9.0, 0.0);
+      const double middle = 0.5 * colliding->length();
+      const double contact = middle * (isForward ? 1.0 - 2.0 / 9.0 : 1.0 + 2.0 / 9.0);
+      EXPECT_FALSE(validator->validate(*colliding));
+      EXPECT_FALSE(colliding->isValid());
+      double proved = 0.0;
+      double collision = 0.0;
+      const std::string& mark =
+        isForward ? CorvValidatorDPCollision::maxParamMark() : CorvValidatorDPCollision::minParamMark();
+      ASSERT_TRUE(colliding->getMarkDistance(mark, proved).succeeded());
+      ASSERT_TRUE(colliding->getMarkDistance(CorvValidatorDPCollision::collisionMark(), collision).succeeded());
+      const double slope = colliding->length() / 18.0;
+      EXPECT_LT(std::fabs(proved - contact), (2.0 * penetration + 0.71) * slope);
+      EXPECT_TRUE(isForward ? proved < contact && collision >= contact - 1e-3
+                            : proved > contact && collision <= contact + 1e-3);
+
+      const CorvDirectPathShPtr part = validator->extractValidPart(colliding);
+      ASSERT_TRUE(part);
+      EXPECT_TRUE(part->isValid());
+      EXPECT_NEAR(part->length(), isForward ? proved : colliding->length() - proved, 1e-9);
+      EXPECT_TRUE(validator->upToDateReportFrom(*part));
+      const CorvDirectPathShPtr shorter = validator->extractValidPart(colliding, 0.5);
+      ASSERT_TRUE(shorter);
+      EXPECT_NEAR(shorter->length(), part->length() - 0.5, 1e-9);
+      const CorvDirectPathShPtr again =
+        space->steeringMethod()->makeDirectPath(part->startConfiguration(), part->endConfiguration());
+      EXPECT_TRUE(validator->validate(*again));
+    }
+  EXPECT_FALSE(make(1.0)->extractValidPart(path(-9.0, 0.0, 9.0, 0.0)));
+}
+
+TEST_F(DPCollision, DichotomyFindsTheMiddleFirstAndLeavesOnlyTheCollisionMark)
+{
+  const CorvDirectPathShPtr colliding = path(-9.0, 0.0, 9.0, 0.0);
+  bool isValid = true;
+  EXPECT_LE(configsFor(make(0.5), *colliding, isValid), 3u);
+  EXPECT_FALSE(isValid);
+  EXPECT_TRUE(colliding->hasMark(CorvValidatorDPCollision::collisionMark()));
+  EXPECT_FALSE(colliding->hasMark(CorvValidatorDPCollision::maxParamMark()));
+  EXPECT_FALSE(colliding->hasMark(CorvValidatorDPCollision::minParamMark()));
+}
+
+TEST_F(DPCollision, SampleoutCountsAsCollidingWithoutAMarkAndIsAskedAgain)
+{
+  const CorvDirectPathShPtr grazing = path(-9.0, 2.05, 9.0, 2.05);
+  for (const Algorithm algorithm : {CorvValidatorDPCollision::DICHOTOMY, CorvValidatorDPCollision::PROGRESSIVE_FORWARD})
+  {
+    const CorvValidatorDPCollisionShPtr validator = make(0.0, algorithm);
+    validator->sampleout(1);
+    EXPECT_FALSE(validator->validate(*grazing));
+    EXPECT_FALSE(grazing->hasMark(CorvValidatorDPCollision::collisionMark()));
+    validator->sampleout(0);
+    EXPECT_TRUE(validator->validate(*grazing));
+    grazing->unvalidate();
+    validator->timeout(0.0);
+    EXPECT_FALSE(validator->validate(*grazing));
+    EXPECT_FALSE(grazing->hasMark(CorvValidatorDPCollision::collisionMark()));
+    grazing->unvalidate();
+  }
+}
+
+TEST_F(DPCollision, ReportServesCoarserQuestionsIfValidAndFinerOnesIfNot)
+{
+  struct Case
+  {
+    const char* name;
+    bool isFree;
+    double made;
+    double asked;
+    int algorithmAsked;
+    bool isReused;
+  };
+  const int dichotomy = CorvValidatorDPCollision::DICHOTOMY;
+  const int forward = CorvValidatorDPCollision::PROGRESSIVE_FORWARD;
+  const Case cases[] = {{"free, coarser", true, 2.0, 3.0, dichotomy, true},
+                        {"free, same", true, 2.0, 2.0, forward, true},
+                        {"free, finer", true, 2.0, 1.0, dichotomy, false},
+                        {"colliding, coarser", false, 0.5, 1.0, dichotomy, false},
+                        {"colliding, finer", false, 0.5, 0.1, dichotomy, true},
+                        {"colliding, marks missing", false, 0.5, 0.5, forward, false}};
+  for (const Case& test : cases)
+  {
+    const CorvDirectPathShPtr motion = test.isFree ? path(-3.0, 8.0, 3.0, 8.0) : path(-9.0, 0.0, 9.0, 0.0);
+    const CorvValidatorDPCollisionShPtr validator = make(test.made);
+    bool isValid = false;
+    configsFor(validator, *motion, isValid);
+    ASSERT_EQ(isValid, test.isFree) << test.name;
+    const ClumParameterMapShPtr params = ClumParameterMap::create();
+    params->setDouble(DP_PREFIX + "penetration", test.asked).setInt(DP_PREFIX + "algorithm", test.algorithmAsked);
+    const unsigned long before = CorvValidatorDPCollision::countTests();
+    EXPECT_EQ(validator->validate(*motion, params), test.isFree) << test.name;
+    EXPECT_EQ(CorvValidatorDPCollision::countTests() == before, test.isReused) << test.name;
+  }
+}
+
+TEST_F(DPCollision, ReportIsOutdatedByTheWorldTheEndsTheToleranceAndTheLength)
+{
+  const CorvValidatorDPCollisionShPtr validator = make(0.1);
+  const CorvDirectPathShPtr motion = path(-3.0, 6.0, 3.0, 6.0);
+  const auto isTestedAgain = [&](const ClumParameterMapConstShPtr& i_params = ClumParameterMapConstShPtr())
+  {
+    const unsigned long before = CorvValidatorDPCollision::countTests();
+    validator->validate(*motion, i_params);
+    return CorvValidatorDPCollision::countTests() != before;
+  };
+  const ClumParameterMapShPtr noGoal = ClumParameterMap::create();
+  noGoal->setBool(DP_PREFIX + "test-goal", false);
+  EXPECT_TRUE(isTestedAgain(noGoal));
+  EXPECT_FALSE(isTestedAgain(noGoal));
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_FALSE(isTestedAgain(noGoal));
+
+  ASSERT_TRUE(device->pushToleranceModifier(1.0).succeeded());
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_TRUE(motion->isValid());
+  ASSERT_TRUE(device->popToleranceModifier().succeeded());
+  EXPECT_FALSE(isTestedAgain());
+  ASSERT_TRUE(device->pushToleranceModifier(4.5).succeeded());
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_FALSE(motion->isValid());
+  ASSERT_TRUE(device->popToleranceModifier().succeeded());
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_TRUE(motion->isValid());
+
+  const ClumGeometryShPtr wall = boxMesh(1.0, 12.0, 8.0);
+  ASSERT_TRUE(device->addObstacleGeometry(wall).succeeded());
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_FALSE(motion->isValid());
+  EXPECT_FALSE(isTestedAgain());
+  ASSERT_TRUE(motion->extractTo(0.1 * motion->length()).succeeded());
+  EXPECT_TRUE(isTestedAgain());
+  EXPECT_TRUE(motion->isValid());
+}
+
+TEST_F(DPCollision, PathWithoutLengthIsJudgedByItsEnds)
+{
+  const CorvValidatorDPCollisionShPtr validator = make(0.0);
+  bool isValid = true;
+  EXPECT_EQ(configsFor(validator, *path(5.0, 0.0, 5.0, 0.0), isValid), 2u);
+  EXPECT_TRUE(isValid);
+  configsFor(validator, *path(1.0, 0.0, 1.0, 0.0), isValid);
+  EXPECT_FALSE(isValid);
+  validator->testStart(false);
+  validator->testGoal(false);
+  EXPECT_EQ(configsFor(validator, *path(1.0, 0.0, 1.0, 0.0), isValid), 0u);
+  EXPECT_TRUE(isValid);
+}
+
+TEST_F(DPCollision, UntestedEndIsNotRefusedButWhatFollowsItIs)
+{
+  // The end lies in the obstacle: with the test off, a coarse proof may end there, an exact one may not.
+  const CorvDirectPathShPtr into = path(6.0, 0.0, 1.9, 0.0);
+  const CorvValidatorDPCollisionShPtr coarse = make(1.0);
+  EXPECT_FALSE(coarse->validate(*into));
+  coarse->testGoal(false);
+  EXPECT_TRUE(coarse->validate(*into));
+  for (const Algorithm algorithm : {CorvValidatorDPCollision::DICHOTOMY, CorvValidatorDPCollision::PROGRESSIVE_FORWARD,
+                                    CorvValidatorDPCollision::PROGRESSIVE_BACKWARD})
+  {
+    const CorvValidatorDPCollisionShPtr exact = make(0.0, algorithm);
+    exact->testStart(false);
+    exact->testGoal(false);
+    EXPECT_FALSE(exact->validate(*path(6.0, 0.0, 1.9, 0.0)));
+    EXPECT_FALSE(exact->validate(*path(1.9, 0.0, 6.0, 0.0)));
+    EXPECT_TRUE(exact->validate(*path(6.0, 0.0, 2.5, 0.0)));
+  }
+}
+
+TEST_F(DPCollision, PenetrationBoundsHowThickAMissedContactIs)
+{
+  // With a penetration of p, each sample covers its clearance and p more: a path that goes deeper than p is refused.
+  CorvUtility::randomSeed(3);
+  for (int i = 0; i < 200; ++i)
+  {
+    const double penetration = CorvUtility::random(0.05, 1.0);
+    const double depth = CorvUtility::random(1.1, 2.5) * penetration;
+    const double y = 2.0 - depth;
+    if (y < 0.0)
+      continue;
+    const double phase = CorvUtility::random(0.0, 3.0);
+    for (const Algorithm algorithm :
+         {CorvValidatorDPCollision::DICHOTOMY, CorvValidatorDPCollision::PROGRESSIVE_FORWARD,
+          CorvValidatorDPCollision::PROGRESSIVE_BACKWARD})
+      EXPECT_FALSE(make(penetration, algorithm)->validate(*path(-9.0 + phase, y, 5.0 + phase, y)))
+        << penetration << " " << depth << " " << algorithm;
+  }
+}
+
+TEST_F(DPCollision, AnswerDoesNotDependOnWhatWasAskedBefore)
+{
+  const CorvDeviceShPtr part = freeFlyer(longBar(3.0, 0.2));
+  ASSERT_TRUE(part->addObstacleGeometry(clutter(5, 30, 8.0)).succeeded());
+  const CorvConfigSpaceShPtr partSpace = part->configSpace();
+  const auto ask = [&](const CorvValidatorShPtr& i_validator, unsigned int i_seed)
+  {
+    CorvUtility::randomSeed(i_seed);
+    CorvConfig start(partSpace);
+    CorvConfig end(partSpace);
+    for (unsigned int i = 0; i < 6; ++i)
+    {
+      start.dofValue(i, CorvUtility::random(-3.0, 3.0));
+      end.dofValue(i, start.dofValue(i) + CorvUtility::random(-0.6, 0.6));
+    }
+    bool isValid = false;
+    const CorvDirectPathShPtr motion = partSpace->steeringMethod()->makeDirectPath(start, end);
+    return configsFor(i_validator, *motion, isValid) + (isValid ? 1000u : 0u);
+  };
+  const CorvValidatorShPtr validator =
+    CorvValidatorDPCollision::create(partSpace, CorvValidatorConstShPtr(), 0.0, CorvValidatorDPCollision::DICHOTOMY);
+  std::vector<unsigned long> forwards;
+  for (unsigned int seed = 0; seed < 100; ++seed)
+    forwards.push_back(ask(validator, seed));
+  for (unsigned int seed = 100; seed-- > 0;)
+    EXPECT_EQ(ask(validator, seed), forwards[seed]) << seed;
+}
+
+TEST_F(DPCollision, AttributesAreStacked)
+{
+  const CorvValidatorDPCollisionShPtr validator = make(1.0);
+  validator->pushAttributes();
+  EXPECT_TRUE(validator->penetration(0.0).succeeded());
+  EXPECT_TRUE(validator->penetration(-1.0).failed());
+  validator->algorithm(CorvValidatorDPCollision::PROGRESSIVE_FORWARD);
+  validator->testGoal(false);
+  validator->popAttributes();
+  EXPECT_EQ(validator->penetration(), 1.0);
+  EXPECT_EQ(validator->algorithm(), CorvValidatorDPCollision::DICHOTOMY);
+  EXPECT_TRUE(validator->testGoal());
+  validator->popAttributes();
+  EXPECT_EQ(validator->penetration(), 1.0);
+}
