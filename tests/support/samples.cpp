@@ -6,7 +6,6 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
 #include "foundation/lumCleanUpOperation.h"
-#include "foundation/lumCollectionAdapterGeometry.h"
 #include "foundation/lumCone.h"
 #include "foundation/lumConvex.h"
 #include "foundation/lumCylinder.h"
@@ -193,7 +192,6 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(ClumBox, ClumBox::create(1.0, 2.0, 3.0)),
     SAMPLE(ClumCapsule, ClumCapsule::create(0.5, 2.0)),
     SAMPLE(ClumCleanUpOperation, ClumCleanUpOperation::create(sampleOperation(), sampleOperation())),
-    SAMPLE(ClumCollectionAdapterGeometry, ClumCollectionAdapterGeometry::create(sampleDevice(), "obstacleGeometries")),
     SAMPLE(ClumCone, ClumCone::create(0.5, 2.0)),
     SAMPLE(ClumConvex, ClumConvex::create(samplePoints())),
     SAMPLE(ClumCylinder, ClumCylinder::create(0.5, 2.0)),
