@@ -85,7 +85,8 @@ void CorvConfigSpace::encodeWithCoder(const ClumCoderShPtr& i_coder) const
   i_coder->encodeObjectShPtr(top(m_configValidators), "configValidators");
   i_coder->encodeObjectShPtr(top(m_directPathValidators), "directPathValidators");
   i_coder->encodeObjectShPtr(top(m_pathValidators), "pathValidators");
-  i_coder->encodeUnsignedInt(m_version, "version");
+  // Configurations that are encoded later refer to this version.
+  i_coder->encodeUnsignedInt(version(), "version");
   i_coder->beginVectorEncoding("dofsOfThisVersion");
   for (const auto& [version, dofs] : m_dofsOfThisVersion)
   {

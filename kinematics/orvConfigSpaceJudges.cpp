@@ -74,6 +74,18 @@ void flattenValidators(const CorvConfigSpace& i_space, std::vector<CorvValidator
   flattenValidator(i_space.configValidators(), i_space.unwrapped(), io_flat);
 }
 
+/// A report on bounds outlives neither a refusal that no longer holds nor a new one: its validator must be called.
+bool hasBoundsReport(const CorvConfig& i_cfg)
+{
+  if (!i_cfg.hasReports())
+    return false;
+  std::string name;
+  for (unsigned int rank = 0; i_cfg.report(rank, name, true); ++rank)
+    if (name == CorvValidatorDofBounds::DEFAULT_NAME)
+      return true;
+  return false;
+}
+
 /// True for the lock that a locked dof keeps: it comes and goes with the dof's own state.
 bool isOwnLock(const CorvConstraint& i_constraint)
 {
@@ -431,7 +443,7 @@ bool CorvConfigSpace::applyValidatorsOn(const CorvConfig& i_cfg, const ClumParam
   const ShPtr<const CValidatorCache> cache = validatorCache();
   if (cache->steps.empty())
     return true;
-  const bool isPlain = i_cfg.isValidItself() && !i_cfg.hasReports();
+  const bool isPlain = i_cfg.isValidItself() && !hasBoundsReport(i_cfg);
   const double* values = isPlain ? i_cfg.beginPtr() : nullptr;
   const auto needsCall = [values](const CValidatorCache::CStep& i_step)
   {

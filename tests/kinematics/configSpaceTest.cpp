@@ -355,10 +355,12 @@ TEST(CorvConfigSpace, CloneIsATreeOfItsOwn)
   const CorvCSCompositeShPtr space = compositeOf({x, y});
   y->boundWithin(-1, 2);
   x->lockAt(0.25);
-  x->weightMultiplier(3.0);
   const unsigned int version = space->version();
+  x->weightMultiplier(3.0);
   const CorvCSCompositeShPtr copy = CorvCSComposite::createCopy(space);
   ASSERT_TRUE(copy);
+  EXPECT_EQ(copy->version(), space->version());
+  EXPECT_TRUE(copy->equalByCoding(*space));
   ASSERT_EQ(copy->size(), 2u);
   EXPECT_NE(copy->dof(0), x);
   EXPECT_TRUE(*copy == *space);
