@@ -1105,6 +1105,9 @@ double CorvDevice::defaultValidatorPenetration()
 void CorvDevice::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   ClumMutableCodable::encodeWithCoder(i_coder);
+  // What is brought up to date before it is written is the same in the copy.
+  if (m_currentConfig)
+    LUM_ASSERT_SUCCESS(m_currentConfig->convert());
   i_coder->encodeObjectShPtr(m_configSpace, "configSpace");
   i_coder->encodeWeakObjectWkPtr(m_wrapperSpace, "wrapperSpace");
   i_coder->encodeObjectShPtr(m_rootJoint, "rootJoint");
@@ -1112,7 +1115,8 @@ void CorvDevice::encodeWithCoder(const ClumCoderShPtr& i_coder) const
   i_coder->encodeBool(m_isKinematicalChainLocked, "isKinematicalChainLocked");
   i_coder->encodeUnsignedInt(m_internalVersion, "internalVersion");
   i_coder->encodeObjectShPtr(m_collisionValidator, "collisionValidator");
-  m_currentConfig->encodeValueWithCoder(*i_coder, "currentConfig");
+  if (m_currentConfig)
+    m_currentConfig->encodeValueWithCoder(*i_coder, "currentConfig");
   i_coder->encodeObjectShPtr(m_constraints, "constraints");
   i_coder->encodeObjectShPtr(m_configValidators, "configValidators");
   i_coder->encodeObjectShPtr(m_directPathValidators, "directPathValidators");

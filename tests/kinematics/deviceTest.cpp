@@ -323,9 +323,12 @@ TEST(CorvDevice, CopyMovesAloneAndKeepsItsTests)
 {
   const CorvDeviceShPtr device = twoFreeFlyers(ClumBox::create(1.0, 1.0, 1.0), ClumBox::create(1.0, 1.0, 1.0));
   ASSERT_TRUE(device->addObstacleGeometry(ClumBox::create(1.0, 1.0, 1.0)).succeeded());
-  for (const CorvDeviceShPtr& copy : {device->clone(), device->cloneWithGeometries()})
+  const CorvDeviceShPtr sharing = device->clone(), apart = device->cloneWithGeometries();
+  ASSERT_TRUE(sharing && apart);
+  EXPECT_TRUE(sharing->equalByCoding(*device));
+  EXPECT_TRUE(apart->equalByCoding(*device));
+  for (const CorvDeviceShPtr& copy : {sharing, apart})
   {
-    ASSERT_TRUE(copy);
     ASSERT_EQ(copy->countDofs(), 12u);
     EXPECT_NE(copy->dof(0), device->dof(0));
     EXPECT_EQ(copy->joint(1)->device(), copy);
@@ -341,6 +344,25 @@ TEST(CorvDevice, CopyMovesAloneAndKeepsItsTests)
   }
   EXPECT_EQ(device->clone()->mobileGeometry(0), device->mobileGeometry(0));
   EXPECT_NE(device->cloneWithGeometries()->mobileGeometry(0), device->mobileGeometry(0));
+}
+
+TEST(CorvDevice, GoesWithItsLastHandleAndFreesItsGeometries)
+{
+  const ClumGeometryShPtr box = ClumBox::create(1.0, 1.0, 1.0);
+  CorvDeviceShPtr device = freeFlyer(box);
+  CorvConfigSpaceShPtr space = device->configSpace();
+  EXPECT_TRUE(device->collisionValidator());
+  EXPECT_FALSE(device->collisionTest());
+  const CorvDeviceWkPtr watched = device;
+  const CorvJointWkPtr watchedJoint = device->rootJoint();
+  device.reset();
+  EXPECT_EQ(space->device(), watched.lock());
+  ASSERT_TRUE(watched.lock());
+  ASSERT_TRUE(watched.lock()->setRootJoint(CorvJointShPtr()).succeeded());
+  EXPECT_FALSE(watchedJoint.lock());
+  EXPECT_TRUE(box->canTakeExclusivePositionControl());
+  space.reset();
+  EXPECT_FALSE(watched.lock());
 }
 
 TEST(CorvDevice, CollisionValidatorComesWithTheFirstBodyAndTests)
