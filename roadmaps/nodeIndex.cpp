@@ -8,18 +8,10 @@
 
 namespace
 {
-bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space,
-                   std::vector<CorvFlatMetric::CEntry>& o_entries)
+bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space, CorvFlatForm& o_form)
 {
   const CorvMetricEuclidean* euclidean = dynamic_cast<const CorvMetricEuclidean*>(&i_metric);
-  return euclidean && euclidean->getFlatForm(i_space, o_entries);
-}
-
-bool isSameFlatForm(const std::vector<CorvFlatMetric::CEntry>& i_a, const std::vector<CorvFlatMetric::CEntry>& i_b)
-{
-  return std::equal(i_a.begin(), i_a.end(), i_b.begin(), i_b.end(),
-                    [](const CorvFlatMetric::CEntry& a, const CorvFlatMetric::CEntry& b)
-                    { return a.kind == b.kind && a.rank == b.rank && a.scale == b.scale; });
+  return euclidean && euclidean->getFlatForm(i_space, o_form);
 }
 } // namespace
 
@@ -29,8 +21,7 @@ std::unique_ptr<CorvNodeIndex> CorvNodeIndex::create(const CorvConfigSpaceShPtr&
     return nullptr;
   CNodeMetric metric;
   metric.metric = i_space->metric();
-  metric.dofCount = i_space->size();
-  metric.isFlat = getFlatFormOf(*metric.metric, *i_space, metric.entries);
+  metric.isFlat = getFlatFormOf(*metric.metric, *i_space, metric.form);
   std::unique_ptr<CorvNodeIndex> index(new CorvNodeIndex(std::move(metric)));
   index->m_version = i_space->version();
   index->m_metricRevision = CorvMetric::revision();
@@ -40,12 +31,12 @@ std::unique_ptr<CorvNodeIndex> CorvNodeIndex::create(const CorvConfigSpaceShPtr&
 bool CorvNodeIndex::isCurrent(const CorvConfigSpace& i_space) const
 {
   const CNodeMetric& used = m_tree.metric();
-  if (i_space.metric() != used.metric || i_space.version() != m_version)
+  if (i_space.metric() != used.metric || i_space.version() != m_version || !used.form.isCurrent())
     return false;
   if (CorvMetric::revision() == m_metricRevision)
     return true;
-  std::vector<CorvFlatMetric::CEntry> entries;
-  if (!used.isFlat || !getFlatFormOf(*used.metric, i_space, entries) || !isSameFlatForm(entries, used.entries))
+  CorvFlatForm form;
+  if (!used.isFlat || !getFlatFormOf(*used.metric, i_space, form) || !(form == used.form))
     return false;
   m_metricRevision = CorvMetric::revision();
   return true;
@@ -66,7 +57,12 @@ CorvNodeShPtr CorvNodeIndex::nearest(const CorvConfig& i_config, double i_bound)
 
 CorvNodeIndex::CQuery CorvNodeIndex::queryFrom(const CorvConfig& i_config) const
 {
-  return CQuery{i_config, m_tree.metric().isFlat ? i_config.beginPtr() : nullptr};
+  const CNodeMetric& used = m_tree.metric();
+  if (!used.isFlat)
+    return CQuery{i_config, nullptr};
+  m_queryPoint.resize(used.form.pointSize());
+  used.form.makePoint(i_config.beginPtr(), m_queryPoint.data());
+  return CQuery{i_config, m_queryPoint.data()};
 }
 
 bool CorvNodeIndex::isMeasuredAlikeBothWays(const CorvNode& i_node) const
@@ -81,7 +77,7 @@ bool CorvNodeIndex::isMeasuredAlikeBothWays(const CorvNode& i_node) const
 void CorvNodeIndex::CNodeMetric::add(const CorvNodeShPtr& i_node, const CQuery& i_query)
 {
   if (isFlat)
-    m_values.insert(m_values.end(), i_query.values, i_query.values + dofCount);
+    m_points.insert(m_points.end(), i_query.point, i_query.point + form.pointSize());
   else
     m_configs.push_back(&i_node->config());
 }
@@ -89,7 +85,7 @@ void CorvNodeIndex::CNodeMetric::add(const CorvNodeShPtr& i_node, const CQuery& 
 void CorvNodeIndex::CNodeMetric::replace(unsigned int i_rank, const CorvNodeShPtr& i_node, const CQuery& i_query)
 {
   if (isFlat)
-    std::copy_n(i_query.values, dofCount, m_values.begin() + std::ptrdiff_t(i_rank) * dofCount);
+    std::copy_n(i_query.point, form.pointSize(), m_points.begin() + std::ptrdiff_t(i_rank) * form.pointSize());
   else
     m_configs[i_rank] = &i_node->config();
 }
@@ -97,11 +93,11 @@ void CorvNodeIndex::CNodeMetric::replace(unsigned int i_rank, const CorvNodeShPt
 double CorvNodeIndex::CNodeMetric::squaredDistance(const CQuery& i_query, unsigned int i_rank) const
 {
   if (isFlat)
-    return CorvFlatMetric::squaredDistance(entries, i_query.values, &m_values[std::size_t(i_rank) * dofCount]);
+    return form.squaredDistance(i_query.point, &m_points[std::size_t(i_rank) * form.pointSize()]);
   return metric->squaredDistance(i_query.config, *m_configs[i_rank]);
 }
 
 std::size_t CorvNodeIndex::CNodeMetric::allocatedBytes() const
 {
-  return m_values.capacity() * sizeof(double) + m_configs.capacity() * sizeof(const CorvConfig*);
+  return m_points.capacity() * sizeof(double) + m_configs.capacity() * sizeof(const CorvConfig*);
 }

@@ -10,7 +10,7 @@
 
 /// The cover tree of a component's nodes, on the metric that their space had when it was made.
 ///
-/// If the metric has a flat form the nodes' values are kept in one array and measured there; otherwise the metric is
+/// If the metric has a flat form the nodes are kept as points in one array and measured there; otherwise the metric is
 /// called on the configurations. Both give the bits that the metric gives.
 class CorvNodeIndex
 {
@@ -32,7 +32,7 @@ private:
   struct CQuery
   {
     const CorvConfig& config;
-    const double* values; ///< null without a flat form
+    const double* point; ///< null without a flat form
   };
 
   /// Distances between nodes and configurations.
@@ -48,20 +48,21 @@ private:
     std::size_t allocatedBytes() const;
 
     CorvMetricConstShPtr metric;
-    unsigned int dofCount = 0;
     bool isFlat = false;
-    std::vector<CorvFlatMetric::CEntry> entries;
+    CorvFlatForm form;
 
   private:
-    std::vector<double> m_values;             ///< of a flat form: the nodes' values, one node after the other
+    std::vector<double> m_points;             ///< of a flat form: the nodes' points, one after the other
     std::vector<const CorvConfig*> m_configs; ///< without a flat form: of the nodes that the tree holds
   };
 
   explicit CorvNodeIndex(CNodeMetric i_metric) : m_tree(std::move(i_metric)) {}
+  /// Good until the next one: the point lies in a scratch buffer.
   CQuery queryFrom(const CorvConfig& i_config) const;
   bool isMeasuredAlikeBothWays(const CorvNode& i_node) const;
 
   ClumCoverTree<CorvNodeShPtr, CNodeMetric, double> m_tree;
+  mutable std::vector<double> m_queryPoint;
   unsigned int m_version = 0;
   mutable unsigned int m_metricRevision = 0;
 };

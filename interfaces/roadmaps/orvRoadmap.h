@@ -27,8 +27,9 @@ class CorvConfig;
 ///
 /// Changes are told to an optional notificator. One thread at a time.
 ///
-/// A node in six dofs costs about 800 bytes, edges not counted: its object, its place in the roadmap's and the
-/// component's list, in the hash and in the cover tree.
+/// A node in six dofs costs 640 bytes for itself, its place in its component and the cover tree (384 of them are
+/// `sizeof(CorvNode)`), and about 70 for its place in the roadmap's list and hash. With the two-way link that ties it
+/// to the others, two edges with a direct path each, it is 2.5 kB. Measured on 100,000 nodes.
 class LUM_API CorvRoadmap
 {
 public:
