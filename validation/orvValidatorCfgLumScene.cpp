@@ -431,7 +431,8 @@ private:
     const double limiting = limitingDistance(pair);
     const double cap = std::min(needed, limiting);
     const ClumDistanceResult found = measure(pair, cap + i_candidate.tolerance, i_candidate.tolerance);
-    if (found.lower <= i_candidate.tolerance && isWithinTolerance(pair, i_candidate.tolerance))
+    const bool isNear = found.lower <= i_candidate.tolerance;
+    if (isNear && (found.upper <= i_candidate.tolerance || isWithinTolerance(pair, i_candidate.tolerance)))
       return true;
     const double net = std::max(0.0, found.lower - i_candidate.tolerance);
     store(pair, net, net >= needed && needed < UNLIMITED, found.hasPoints ? &found : nullptr);

@@ -146,8 +146,25 @@ TEST(MotionProof, FreeFlyingLongPartInClutterNeverTouchesWhereItIsProvedFree)
   CorvUtility::randomSeed(20);
   const CorvDeviceShPtr device = freeFlyer(longBar(3.0, 0.2));
   ASSERT_TRUE(device->addObstacleGeometry(clutter(7, 90, 12.0)).succeeded());
-  EXPECT_GT(expectSoundProofs(device, 1000, 6.0, 0.5, 1.0), 300u);
-  EXPECT_GT(expectSoundProofs(device, 200, 6.0, 4.0, 3.0), 10u);
+  EXPECT_GT(expectSoundProofs(device, 600, 6.0, 0.5, 1.0), 200u);
+}
+
+TEST(MotionProof, PartAmongNeedlesNeverTouchesWhereItIsProvedFree)
+{
+  // Contacts are short here, and translations are bounded tightly: a proof that reaches too far misses some.
+  CorvUtility::randomSeed(23);
+  std::vector<ClumPlacedLeaf> needles;
+  for (unsigned int i = 0; i < 30; ++i)
+  {
+    ClumMat4 place;
+    ClumMat4 turn;
+    place.translate(CorvUtility::random(-3.0, 3.0), CorvUtility::random(-3.0, 3.0), CorvUtility::random(-3.0, 3.0));
+    turn.rotate(0.0, 1.0, CorvUtility::random(-1.0, 1.0), CorvUtility::random(0.0, 3.0));
+    needles.push_back({boxMesh(4.0, 0.02, 0.02), place * turn});
+  }
+  const CorvDeviceShPtr device = freeFlyer(boxMesh(0.05, 0.05, 0.05));
+  ASSERT_TRUE(device->addObstacleGeometry(joined(needles)).succeeded());
+  EXPECT_GT(expectSoundProofs(device, 600, 3.0, 3.0, 0.2), 200u);
 }
 
 TEST(MotionProof, ArmInClutterNeverTouchesWhereItIsProvedFree)
@@ -157,7 +174,7 @@ TEST(MotionProof, ArmInClutterNeverTouchesWhereItIsProvedFree)
   ClumMat4 above;
   above.translate(0.0, 0.0, 1.0);
   ASSERT_TRUE(device->addObstacleGeometry(moved(*clutter(10, 36, 3.0), above)).succeeded());
-  EXPECT_GT(expectSoundProofs(device, 400, 0.0, 0.0, 0.4), 50u);
+  EXPECT_GT(expectSoundProofs(device, 300, 0.0, 0.0, 0.6), 50u);
 }
 
 TEST(MotionProof, TwoMovingBodiesNeverTouchWhereTheyAreProvedFree)
@@ -165,5 +182,7 @@ TEST(MotionProof, TwoMovingBodiesNeverTouchWhereTheyAreProvedFree)
   CorvUtility::randomSeed(22);
   const CorvDeviceShPtr device = twoFreeFlyers(longBar(2.0, 0.2), lPart(1.0, 1.5, 0.2));
   ASSERT_TRUE(device->addObstacleGeometry(clutter(11, 6, 4.0)).succeeded());
-  EXPECT_GT(expectSoundProofs(device, 500, 1.0, 0.6, 1.0, true), 80u);
+  EXPECT_GT(expectSoundProofs(device, 300, 1.0, 0.6, 1.0, true), 80u);
+  const CorvDeviceShPtr thin = twoFreeFlyers(boxMesh(2.0, 0.03, 0.03), boxMesh(0.03, 0.03, 2.0));
+  EXPECT_GT(expectSoundProofs(thin, 400, 1.5, 3.0, 0.2, true), 80u);
 }
