@@ -1,9 +1,14 @@
 #include "metrics/orvFlatMetric.h"
 
+#include "foundation/lumMat4.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvConfigSpace.h"
+#include "kinematics/orvJoint.h"
+#include "kinematics/orvKinematicalEffect.h"
 #include "metrics/orvMetricJointSweep.h"
 #include "metrics/orvMetricRevolute.h"
+#include "metrics/orvMetricSlerp.h"
+#include "metrics/orvSolidJoint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -41,26 +46,88 @@ struct CorvFlatMetric::CSweep
   double scale;
 };
 
+struct CorvFlatForm::CSolid
+{
+  CorvMetricSlerpConstShPtr metric;
+  CorvKinematicalEffectConstShPtr effect;
+  double lever;
+};
+
 namespace
 {
-/// Distance of one dof by an entry that is not OTHER.
-inline double flatDofDistance(const CorvFlatMetric::CEntry& i_entry, double i_a, double i_b)
+inline double flatDofDistance(bool i_isCircular, double i_scale, double i_a, double i_b)
 {
-  if (i_entry.kind == CorvFlatMetric::ABSOLUTE)
-    return std::fabs(i_b - i_a) * i_entry.scale;
-  return i_entry.scale * std::fabs(CorvMetricRevolute::circularDistance(i_a, i_b));
+  return i_isCircular ? i_scale * std::fabs(CorvMetricRevolute::circularDistance(i_a, i_b))
+                      : std::fabs(i_b - i_a) * i_scale;
 }
 
-inline double flatSquaredDofDistance(const CorvFlatMetric::CEntry& i_entry, const double* i_a, const double* i_b)
+/// Equal values are not measured, so that an infinite factor does not come out as not a number.
+inline double flatSquaredDofDistance(bool i_isCircular, double i_scale, double i_a, double i_b)
 {
-  const double a = i_a[i_entry.rank];
-  const double b = i_b[i_entry.rank];
-  if (a == b)
+  if (i_a == i_b)
     return 0.0;
-  const double d = flatDofDistance(i_entry, a, b);
+  const double d = flatDofDistance(i_isCircular, i_scale, i_a, i_b);
   return d * d;
 }
 } // namespace
+
+CorvFlatForm::CorvFlatForm() = default;
+CorvFlatForm::CorvFlatForm(const CorvFlatForm& i_other) = default;
+CorvFlatForm& CorvFlatForm::operator=(const CorvFlatForm& i_other) = default;
+CorvFlatForm::~CorvFlatForm() = default;
+
+void CorvFlatForm::makePoint(const double* i_values, double* o_point) const
+{
+  for (const CEntry& entry : m_entries)
+  {
+    if (entry.kind != SOLID)
+    {
+      o_point[entry.place] = i_values[entry.rank];
+      continue;
+    }
+    ClumMat4 pose;
+    m_solids[entry.solid].effect->forward(i_values + entry.rank, pose);
+    orvPointOfPose(pose, o_point + entry.place);
+  }
+}
+
+double CorvFlatForm::squaredDistance(const double* i_pointA, const double* i_pointB) const
+{
+  double total = 0.0;
+  for (const CEntry& entry : m_entries)
+  {
+    const double* a = i_pointA + entry.place;
+    const double* b = i_pointB + entry.place;
+    if (entry.kind != SOLID)
+    {
+      total += flatSquaredDofDistance(entry.kind == CIRCULAR, entry.scale, *a, *b);
+      continue;
+    }
+    const double d = orvDistanceOfPoints(a, b, entry.scale);
+    total += d * d;
+  }
+  return total;
+}
+
+bool CorvFlatForm::isCurrent() const
+{
+  return std::all_of(m_solids.begin(), m_solids.end(),
+                     [](const CSolid& i_solid)
+                     {
+                       const CorvJointShPtr joint = i_solid.metric->joint();
+                       return joint && joint->kinematicalEffect() == i_solid.effect &&
+                              joint->maxSweep() == i_solid.lever;
+                     });
+}
+
+bool CorvFlatForm::operator==(const CorvFlatForm& i_other) const
+{
+  return std::equal(m_entries.begin(), m_entries.end(), i_other.m_entries.begin(), i_other.m_entries.end(),
+                    [](const CEntry& i_a, const CEntry& i_b)
+                    { return i_a.kind == i_b.kind && i_a.rank == i_b.rank && i_a.scale == i_b.scale; }) &&
+         std::equal(m_solids.begin(), m_solids.end(), i_other.m_solids.begin(), i_other.m_solids.end(),
+                    [](const CSolid& i_a, const CSolid& i_b) { return i_a.effect == i_b.effect; });
+}
 
 CorvFlatMetric::CorvFlatMetric() = default;
 CorvFlatMetric::CorvFlatMetric(const CorvFlatMetric&)
@@ -152,15 +219,18 @@ void CorvFlatMetric::watchSweeps(const CorvMetricShPtr& i_metric)
   }
 }
 
+double CorvFlatMetric::dofDistance(const CEntry& i_entry, double i_a, double i_b)
+{
+  return i_a == i_b ? 0.0 : flatDofDistance(i_entry.kind == CIRCULAR, i_entry.scale, i_a, i_b);
+}
+
 double CorvFlatMetric::squaredDistance(const double* i_a, const double* i_b) const
 {
-  if (m_others.empty())
-    return squaredDistance(m_entries, i_a, i_b);
   double total = 0.0;
   for (const CEntry& entry : m_entries)
   {
     if (entry.kind != OTHER)
-      total += flatSquaredDofDistance(entry, i_a, i_b);
+      total += flatSquaredDofDistance(entry.kind == CIRCULAR, entry.scale, i_a[entry.rank], i_b[entry.rank]);
     else if (COther& other = m_others[entry.other]; other.load(i_a, i_b))
       total += other.metric->squaredDistance(other.a, other.b);
   }
@@ -173,30 +243,38 @@ double CorvFlatMetric::sumOfDistances(const double* i_a, const double* i_b) cons
   for (const CEntry& entry : m_entries)
   {
     if (entry.kind != OTHER)
-    {
-      const double a = i_a[entry.rank];
-      const double b = i_b[entry.rank];
-      total += a == b ? 0.0 : flatDofDistance(entry, a, b);
-    }
+      total += dofDistance(entry, i_a[entry.rank], i_b[entry.rank]);
     else if (COther& other = m_others[entry.other]; other.load(i_a, i_b))
       total += other.metric->distance(other.a, other.b);
   }
   return total;
 }
 
-bool CorvFlatMetric::getEntries(std::vector<CEntry>& o_entries) const
+bool CorvFlatMetric::getForm(CorvFlatForm& o_form) const
 {
-  o_entries.clear();
-  if (!m_others.empty() || !m_sweeps.empty())
+  o_form = CorvFlatForm();
+  CorvFlatForm form;
+  for (const CEntry& entry : m_entries)
+  {
+    CorvFlatForm::CEntry numbers = {entry.kind == CIRCULAR ? CorvFlatForm::CIRCULAR : CorvFlatForm::ABSOLUTE,
+                                    entry.rank, form.m_pointSize, entry.scale, 0};
+    form.m_pointSize += 1;
+    if (entry.kind == OTHER)
+    {
+      const auto slerp = boost::dynamic_pointer_cast<const CorvMetricSlerp>(m_others[entry.other].metric);
+      const CorvJointShPtr joint = slerp ? slerp->joint() : CorvJointShPtr();
+      if (!joint || joint->kinematicalEffect()->configSpace()->size() != m_others[entry.other].count)
+        return false;
+      numbers.kind = CorvFlatForm::SOLID;
+      numbers.scale = slerp->lever() * CorvMetricSlerp::ROTATION_SCALE;
+      numbers.solid = static_cast<unsigned int>(form.m_solids.size());
+      form.m_solids.push_back({slerp, joint->kinematicalEffect(), slerp->lever()});
+      form.m_pointSize += SOLID_POINT_SIZE - 1;
+    }
+    form.m_entries.push_back(numbers);
+  }
+  if (!m_sweeps.empty())
     return false;
-  o_entries = m_entries;
+  o_form = form;
   return true;
-}
-
-double CorvFlatMetric::squaredDistance(const std::vector<CEntry>& i_entries, const double* i_a, const double* i_b)
-{
-  double total = 0.0;
-  for (const CEntry& entry : i_entries)
-    total += flatSquaredDofDistance(entry, i_a, i_b);
-  return total;
 }

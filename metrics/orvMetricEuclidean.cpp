@@ -73,11 +73,10 @@ double CorvMetricEuclidean::distanceForSorting(const CorvConfig& i_a, const Corv
   return CorvMetricEuclidean::squaredDistance(i_a, i_b);
 }
 
-bool CorvMetricEuclidean::getFlatForm(const CorvConfigSpace& i_space,
-                                      std::vector<CorvFlatMetric::CEntry>& o_entries) const
+bool CorvMetricEuclidean::getFlatForm(const CorvConfigSpace& i_space, CorvFlatForm& o_form) const
 {
   m_flat.update(i_space, *this, EUCLIDEAN_FAMILY);
-  return m_flat.getEntries(o_entries);
+  return m_flat.getForm(o_form);
 }
 
 bool CorvMetricEuclidean::operator==(const CorvMetric& i_other) const

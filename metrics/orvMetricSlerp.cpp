@@ -1,12 +1,10 @@
 #include "metrics/orvMetricSlerp.h"
 
 #include "foundation/lumDescribe.h"
-#include "foundation/lumGeometryUtilities.h"
 #include "foundation/lumMat4.h"
 #include "metrics/orvRDGaussian.h"
 #include "metrics/orvRWSlerp.h"
-
-#include <cmath>
+#include "metrics/orvSolidJoint.h"
 
 LUM_DESCRIBE(CorvMetricSlerp)
 {
@@ -54,7 +52,8 @@ bool CorvMetricSlerp::operator==(const CorvMetric& i_other) const
 
 double CorvMetricSlerp::solidDistance(const ClumMat4& i_a, const ClumMat4& i_b) const
 {
-  const ClumVect3 t = i_b.translation() - i_a.translation();
-  const double turn = lever() * ROTATION_SCALE * ClumGeometryUtilities::slerpAngle(i_a, i_b);
-  return std::sqrt(t.x() * t.x() + t.y() * t.y() + t.z() * t.z() + turn * turn);
+  double a[SOLID_POINT_SIZE], b[SOLID_POINT_SIZE];
+  orvPointOfPose(i_a, a);
+  orvPointOfPose(i_b, b);
+  return orvDistanceOfPoints(a, b, lever() * ROTATION_SCALE);
 }

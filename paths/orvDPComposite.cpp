@@ -66,7 +66,7 @@ CorvDirectPathConstShPtr CorvDPComposite::directPath(unsigned int i_rank) const
 
 double CorvDPComposite::computePrivateLength() const
 {
-  return privateStart().distanceTo(privateEnd());
+  return isWholeSpaceChild() ? m_directPaths[0]->length() : privateStart().distanceTo(privateEnd());
 }
 
 bool CorvDPComposite::isWholeSpaceChild() const

@@ -6,6 +6,50 @@
 
 #include <vector>
 
+/// A metric as numbers: configurations become points, and distances need no configuration, space or metric any more.
+///
+/// It holds as long as the version of the space and `CorvMetric::revision()` stand and `isCurrent()` is true.
+class LUM_API CorvFlatForm
+{
+public:
+  CorvFlatForm();
+  CorvFlatForm(const CorvFlatForm& i_other);
+  CorvFlatForm& operator=(const CorvFlatForm& i_other);
+  ~CorvFlatForm();
+
+  unsigned int pointSize() const { return m_pointSize; }
+  /// @param i_values of all dofs of the space. @param o_point `pointSize()` numbers.
+  void makePoint(const double* i_values, double* o_point) const;
+  /// The bits that the metric's own `squaredDistance` gives for the configurations.
+  double squaredDistance(const double* i_pointA, const double* i_pointB) const;
+  /// False once a joint that gives a factor is gone or gives another one.
+  bool isCurrent() const;
+  /// True if both measure alike.
+  bool operator==(const CorvFlatForm& i_other) const;
+
+private:
+  friend class CorvFlatMetric;
+  enum EKind
+  {
+    ABSOLUTE,
+    CIRCULAR,
+    SOLID ///< the distance of two poses, as `CorvMetricSlerp` has it
+  };
+  struct CEntry
+  {
+    EKind kind;
+    unsigned int rank;  ///< of the first dof
+    unsigned int place; ///< of the first number in a point
+    double scale;       ///< factor of the difference, or of the turn
+    unsigned int solid; ///< of a SOLID entry
+  };
+  struct CSolid;
+
+  std::vector<CEntry> m_entries;
+  std::vector<CSolid> m_solids;
+  unsigned int m_pointSize = 0;
+};
+
 /// A composed metric laid out flat for one version of one space: what `CorvMetricEuclidean` and `CorvMetricManhattan`
 /// share. Dofs whose metric is a scaled absolute or circular difference become numbers; the others stay with their
 /// metric and two scratch configurations.
@@ -14,21 +58,6 @@
 class LUM_API CorvFlatMetric
 {
 public:
-  enum EKind
-  {
-    ABSOLUTE,
-    CIRCULAR,
-    OTHER
-  };
-
-  struct CEntry
-  {
-    EKind kind;
-    unsigned int rank;  ///< the first dof
-    double scale;       ///< factor of the difference
-    unsigned int other; ///< of an OTHER entry: its place among the metrics that have to be called
-  };
-
   CorvFlatMetric();
   CorvFlatMetric(const CorvFlatMetric& i_other);
   CorvFlatMetric& operator=(const CorvFlatMetric& i_other);
@@ -45,12 +74,23 @@ public:
   double squaredDistance(const double* i_a, const double* i_b) const;
   double sumOfDistances(const double* i_a, const double* i_b) const;
 
-  /// @return false if some metric must be called or may change by itself.
-  bool getEntries(std::vector<CEntry>& o_entries) const;
-  /// Squared distance of two value arrays by entries that `getEntries` gave.
-  static double squaredDistance(const std::vector<CEntry>& i_entries, const double* i_a, const double* i_b);
+  /// @return false, with an empty form, if some sub-space's metric has none.
+  bool getForm(CorvFlatForm& o_form) const;
 
 private:
+  enum EKind
+  {
+    ABSOLUTE,
+    CIRCULAR,
+    OTHER
+  };
+  struct CEntry
+  {
+    EKind kind;
+    unsigned int rank;  ///< the first dof
+    double scale;       ///< factor of the difference
+    unsigned int other; ///< of an OTHER entry: its place among the metrics that have to be called
+  };
   struct COther;
   struct CSweep;
 
@@ -62,6 +102,7 @@ private:
            const char* i_family);
   void watchSweeps(const CorvMetricShPtr& i_metric);
   bool areSweepsCurrent() const;
+  static double dofDistance(const CEntry& i_entry, double i_a, double i_b);
 
   CorvConfigSpaceConstWkPtr m_space;
   const CorvConfigSpace* m_spaceAddress = nullptr; ///< meaningful while `m_space` lives

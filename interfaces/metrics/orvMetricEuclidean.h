@@ -27,10 +27,9 @@ public:
   /// The squared distance: no root is taken.
   double distanceForSorting(const CorvConfig& i_a, const CorvConfig& i_b) const override;
 
-  /// The metric as a flat list for a space, by which `CorvFlatMetric::squaredDistance` gives the same bits from the
-  /// value arrays alone. It holds as long as the space's `version()` and `revision()` stand.
-  /// @return false if some sub-space's metric has no such form; the list is then empty.
-  bool getFlatForm(const CorvConfigSpace& i_space, std::vector<CorvFlatMetric::CEntry>& o_entries) const;
+  /// The metric as numbers for a space: how an index of many configurations measures them.
+  /// @return false, with an empty form, if some sub-space's metric has none.
+  bool getFlatForm(const CorvConfigSpace& i_space, CorvFlatForm& o_form) const;
 
   bool operator==(const CorvMetric& i_other) const override;
 

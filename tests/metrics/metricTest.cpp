@@ -1,5 +1,6 @@
 #include "foundation/lumGeometryUtilities.h"
 #include "foundation/lumMat4.h"
+#include "kinematics/orvCSComposite.h"
 #include "kinematics/orvCSVoid.h"
 #include "kinematics/orvJointFreeFlyer.h"
 #include "kinematics/orvKinematicalEffect.h"
@@ -51,6 +52,17 @@ Norms oracleNorms(const CorvConfig& i_a, const CorvConfig& i_b)
   return norms;
 }
 
+/// The flat form must give the very bits of the metric.
+void expectSameByNumbers(const CorvMetricEuclidean& i_metric, const CorvConfig& i_a, const CorvConfig& i_b)
+{
+  CorvFlatForm form;
+  ASSERT_TRUE(i_metric.getFlatForm(*i_a.space(), form));
+  std::vector<double> a(form.pointSize()), b(form.pointSize());
+  form.makePoint(i_a.beginPtr(), a.data());
+  form.makePoint(i_b.beginPtr(), b.data());
+  ASSERT_EQ(form.squaredDistance(a.data(), b.data()), i_metric.squaredDistance(i_a, i_b));
+}
+
 void setMetricEverywhere(const CorvConfigSpaceShPtr& i_space, const CorvMetricShPtr& i_metric)
 {
   if (i_space->countSubspaces() == 0)
@@ -100,11 +112,7 @@ TEST(CorvMetricEuclidean, AgreesWithTheSumOverDofsOnRandomTreesAsManhattanDoes)
     EXPECT_EQ(a.squaredDistanceTo(b), space->metric()->distanceForSorting(a, b));
     EXPECT_EQ(a.distanceTo(a), 0.0);
 
-    std::vector<CorvFlatMetric::CEntry> entries;
-    const auto euclidean = boost::dynamic_pointer_cast<CorvMetricEuclidean>(space->metric());
-    ASSERT_TRUE(euclidean->getFlatForm(*space, entries));
-    EXPECT_EQ(entries.size(), space->size());
-    EXPECT_EQ(CorvFlatMetric::squaredDistance(entries, a.beginPtr(), b.beginPtr()), a.squaredDistanceTo(b));
+    expectSameByNumbers(*boost::dynamic_pointer_cast<CorvMetricEuclidean>(space->metric()), a, b);
 
     setMetricEverywhere(space, CorvMetricManhattan::create());
     EXPECT_NEAR(a.distanceTo(b), expected.sum, 1e-12 * (1.0 + expected.sum));
@@ -122,8 +130,8 @@ TEST(CorvMetricEuclidean, CallsTheMetricsThatHaveNoFlatForm)
   // A Euclidean metric under a key of its own is a leaf like any other; here with the same result as a branch.
   inner->metric(CorvMetricEuclidean::create(CorvRWComposite::create(), "test.euclidean"));
   EXPECT_DOUBLE_EQ(a.distanceTo(CorvConfig(space, {2.0, 3.0, 6.0})), 7.0);
-  std::vector<CorvFlatMetric::CEntry> entries;
-  EXPECT_FALSE(boost::dynamic_pointer_cast<CorvMetricEuclidean>(space->metric())->getFlatForm(*space, entries));
+  CorvFlatForm form;
+  EXPECT_FALSE(boost::dynamic_pointer_cast<CorvMetricEuclidean>(space->metric())->getFlatForm(*space, form));
 
   // Skipped where the values do not differ, whatever the metric says of equal values.
   inner->metric(CorvMetricIntrinsinc::create());
@@ -262,6 +270,18 @@ TEST(CorvMetricSlerp, WeighsTheTurnByTheLeverAndAnswersZeroWithoutItsJoint)
     const double turn = metric->lever() * 0.35 * std::acos(std::max(-1.0, std::min(1.0, (trace - 1.0) / 2.0)));
     ASSERT_NEAR(metric->distance(a, b), std::sqrt(squares + turn * turn), 1e-6);
   }
+  // A Euclidean metric above it measures the poses as numbers, until the lever is another one.
+  const CorvConfigSpaceShPtr both = joint->configSpace();
+  space->metric(metric);
+  const auto euclidean = boost::dynamic_pointer_cast<CorvMetricEuclidean>(both->metric());
+  for (int i = 0; i < 50; ++i)
+    expectSameByNumbers(*euclidean, randomConfigOf(both), randomConfigOf(both));
+  CorvFlatForm form;
+  ASSERT_TRUE(euclidean->getFlatForm(*both, form));
+  EXPECT_TRUE(form.isCurrent());
+  joint->maxSweep(2.5);
+  EXPECT_FALSE(form.isCurrent());
+
   const CorvConfig origin(space);
   const CorvConfig away(space, {1.0, 0.0, 0.0, 0.0, 0.0, 0.0});
   EXPECT_DOUBLE_EQ(metric->distance(origin, away), 1.0);
