@@ -1,7 +1,9 @@
+#include "foundation/lumBox.h"
 #include "foundation/lumNotification.h"
 #include "foundation/lumNotificator.h"
 #include "foundation/lumParameterMap.h"
 #include "kinematics/orvConfigSpace.h"
+#include "kinematics/orvDevice.h"
 #include "kinematics/orvUtility.h"
 #include "optimizers/orvAdaptiveShortcutOptimizer.h"
 #include "optimizers/orvPathEvaluatorLength.h"
@@ -9,11 +11,13 @@
 #include "optimizers/orvShortcutDirect.h"
 #include "paths/orvDirectPath.h"
 #include "paths/orvPath.h"
+#include "support/devices.h"
 #include "support/discWorld.h"
 #include "support/logCapture.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 namespace
@@ -333,6 +337,36 @@ TEST(CorvPathOptimizer, AcceptingAllShortcutsNeverWorsensTheResult)
   CorvPathShPtr result;
   ASSERT_TRUE(optimizer->plan(input, CorvPathPlanner::STABLE_ENDS, parameters, result).succeeded());
   expectSoundResult(world, input, result);
+}
+
+TEST(CorvPathOptimizer, KeepsAProvedMotionClearOfRealGeometry)
+{
+  const CorvDeviceShPtr device = freeFlyer(ClumBox::create(1.0, 1.0, 1.0));
+  ASSERT_TRUE(device->addObstacleGeometry(ClumBox::create(2.0, 2.0, 30.0)).succeeded());
+  const CorvPathShPtr path = CorvPath::create(device);
+  for (const auto& [x, y, angle] : std::vector<std::array<double, 3>>{
+         {-4.0, 0.0, 0.0}, {-4.0, 5.0, 1.0}, {-2.0, 6.0, 0.5}, {2.0, 5.0, -1.0}, {3.0, 6.0, 0.0}, {4.0, 0.0, 0.3}})
+    ASSERT_TRUE(path->addConfiguration(CorvConfig(device, {x, y, 0.0, 0.0, 0.0, angle})).succeeded());
+  ASSERT_TRUE(path->validateWithPenetration(0.05, true));
+  EXPECT_EQ(path->maxPenetration(), 0.05);
+  const double before = path->length();
+
+  const CorvAdaptiveShortcutOptimizerShPtr optimizer = CorvAdaptiveShortcutOptimizer::create();
+  optimizer->maxNbLoop(3);
+  optimizer->precision(0.1);
+  ASSERT_TRUE(optimizer->optimizePath(path).succeeded());
+  EXPECT_LT(path->length(), 0.8 * before);
+  // No deeper than the penetration that the path was validated with.
+  const CorvDeviceShPtr thinner = freeFlyer(ClumBox::create(0.9, 0.9, 0.9));
+  ASSERT_TRUE(thinner->addObstacleGeometry(ClumBox::create(2.0, 2.0, 30.0)).succeeded());
+  for (int i = 0; i <= 1000; ++i)
+  {
+    const CorvConfigShPtr cfg = path->configAtParam(i / 1000.0);
+    ASSERT_TRUE(cfg);
+    bool isColliding = true;
+    ASSERT_TRUE(CorvConfig(thinner, cfg->dofValues()).isColliding(isColliding).succeeded());
+    EXPECT_FALSE(isColliding) << i;
+  }
 }
 
 TEST(CorvPathOptimizer, CopyByCodingKeepsItsSettings)
