@@ -36,10 +36,16 @@ double lengthOfEdge(const CorvEdge& i_edge)
   return i_edge.directPath()->length();
 }
 
-bool isAngleOnCircle(const CorvConfigSpace& i_space, unsigned int i_rank)
+/// For each dof, whether it is an angle on a circle.
+std::vector<bool> anglesOnCircle(const CorvConfigSpace& i_space)
 {
-  const CorvDofShPtr dof = i_space.dof(i_rank);
-  return dof->isRevolute() && !dof->isBounded();
+  std::vector<bool> areAngles;
+  for (unsigned int i = 0; i < i_space.size(); ++i)
+  {
+    const CorvDofShPtr dof = i_space.dof(i);
+    areAngles.push_back(dof->isRevolute() && !dof->isBounded());
+  }
+  return areAngles;
 }
 
 using TInterval = std::pair<double, double>;
@@ -81,8 +87,9 @@ bool uniteBox(CorvConnectedComponent::TBox& io_box, const CorvConnectedComponent
     io_box = i_other;
   else if (!i_other.empty() && io_box.size() != i_other.size())
     return false;
+  const std::vector<bool> areAngles = anglesOnCircle(i_space);
   for (std::size_t i = 0; i < i_other.size(); ++i)
-    widenInterval(io_box[i], i_other[i], isAngleOnCircle(i_space, static_cast<unsigned int>(i)));
+    widenInterval(io_box[i], i_other[i], i < areAngles.size() && areAngles[i]);
   return true;
 }
 
@@ -290,25 +297,27 @@ lmStatus CorvConnectedComponent::uniteBoxes(bool i_in, bool i_out, TBox& o_box) 
   return lmStatus();
 }
 
-void CorvConnectedComponent::updateBoundingBox(const CorvNode& i_node)
+void CorvConnectedComponent::updateBoundingBox(const CorvNode& i_node, const std::vector<bool>& i_areAngles)
 {
-  const CorvConfig& config = i_node.config();
-  const double* values = config.beginPtr();
-  for (unsigned int i = 0; i < config.size(); ++i)
+  const double* values = i_node.config().beginPtr();
+  for (std::size_t i = 0; i < i_areAngles.size(); ++i)
   {
     const TInterval point(values[i], values[i]);
     if (i >= m_box.size())
       m_box.push_back(point);
     else
-      widenInterval(m_box[i], point, isAngleOnCircle(*config.space(), i));
+      widenInterval(m_box[i], point, i_areAngles[i]);
   }
 }
 
 void CorvConnectedComponent::recomputeBoundingBox()
 {
   m_box.clear();
+  if (m_nodes.empty())
+    return;
+  const std::vector<bool> areAngles = anglesOnCircle(*m_nodes.front()->config().space());
   for (const CorvNodeShPtr& node : m_nodes)
-    updateBoundingBox(*node);
+    updateBoundingBox(*node, areAngles);
 }
 
 double CorvConnectedComponent::reachingLength() const
@@ -692,7 +701,7 @@ void CorvConnectedComponent::addNode(const CorvNodeShPtr& i_node)
   i_node->connectedComponent(self());
   m_nodes.push_back(i_node);
   updateIndex(i_node);
-  updateBoundingBox(*i_node);
+  updateBoundingBox(*i_node, anglesOnCircle(*i_node->config().space()));
 }
 
 void CorvConnectedComponent::addIsolatedNode(const CorvNodeShPtr& i_connectedNode, const CorvNodeShPtr& i_isolatedNode,
