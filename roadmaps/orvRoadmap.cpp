@@ -389,7 +389,7 @@ lmStatus CorvRoadmap::checkRemoval(const TNodeSet& i_nodes, const TEdgeSet& i_ed
   o_edges = i_edges;
   for (const CorvNodeShPtr& node : i_nodes)
   {
-    if (node->roadmap().get() != this || !node->connectedComponent())
+    if (!node || node->roadmap().get() != this || !node->connectedComponent())
     {
       ClumLogManager::addWarning(
         "CorvRoadmap::removeNodesAndEdges() unable to remove a node that is not in the roadmap.");
@@ -403,8 +403,8 @@ lmStatus CorvRoadmap::checkRemoval(const TNodeSet& i_nodes, const TEdgeSet& i_ed
   }
   for (const CorvEdgeShPtr& edge : o_edges)
   {
-    const CorvNodeShPtr end = edge->endNode();
-    if (edge->roadmap().get() == this && end && end->roadmap().get() == this && edge->startNode())
+    const CorvNodeShPtr end = edge ? edge->endNode() : CorvNodeShPtr();
+    if (end && edge->roadmap().get() == this && end->roadmap().get() == this && edge->startNode())
       continue;
     ClumLogManager::addWarning(
       "CorvRoadmap::removeNodesAndEdges() unable to remove an edge that is not in the roadmap.");

@@ -19,7 +19,7 @@ public:
   {
     bool operator()(const CorvEdgeConstShPtr& i_a, const CorvEdgeConstShPtr& i_b) const
     {
-      return i_a->serial() < i_b->serial();
+      return (i_a ? i_a->serial() : 0) < (i_b ? i_b->serial() : 0);
     }
   };
 

@@ -42,7 +42,7 @@ public:
   {
     bool operator()(const CorvNodeConstShPtr& i_a, const CorvNodeConstShPtr& i_b) const
     {
-      return i_a->serial() < i_b->serial();
+      return (i_a ? i_a->serial() : 0) < (i_b ? i_b->serial() : 0);
     }
   };
 

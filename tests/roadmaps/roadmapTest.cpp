@@ -338,6 +338,7 @@ TEST_F(Roadmap, RefusedRemovalsLeaveItAsItWas)
   EXPECT_TRUE(roadmap->removeEdge(edgeBetween(a, b)).failed());
   EXPECT_TRUE(log.contains("CorvRoadmap::removeNodesAndEdges() unable to remove an edge that is not in the roadmap."));
   EXPECT_TRUE(roadmap->removeNodesAndEdges({a, foreign}, {}).failed());
+  EXPECT_TRUE(roadmap->removeNodesAndEdges({a, CorvNodeShPtr()}, {a->outEdge(0), CorvEdgeShPtr()}).failed());
   EXPECT_TRUE(roadmap->removeUnrelatedNode(a).failed());
   EXPECT_TRUE(a->connectedComponent()->removeIsolated(a).failed());
   EXPECT_TRUE(foreign->connectedComponent()->removeDeadEnd(a).failed());
