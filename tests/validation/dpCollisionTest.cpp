@@ -1,5 +1,6 @@
 #include "foundation/lumParameterMap.h"
 #include "foundation/lumSphere.h"
+#include "kinematics/orvCSComposite.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvDevice.h"
 #include "kinematics/orvDof.h"
@@ -10,6 +11,7 @@
 #include "support/logCapture.h"
 #include "support/meshes.h"
 #include "support/samples.h"
+#include "support/sumConstraint.h"
 #include "validation/orvReportDPCollision.h"
 #include "validation/orvValidatorCfgCollisionBase.h"
 #include "validation/orvValidatorDPCollision.h"
@@ -323,4 +325,27 @@ TEST_F(DPCollision, AttributesAreStacked)
   EXPECT_TRUE(validator->testGoal());
   validator->popAttributes();
   EXPECT_EQ(validator->penetration(), 1.0);
+}
+
+TEST(DPTurnJump, RefusesAJumpOfAComputedBoundedRotationOnly)
+{
+  const CorvCSCompositeShPtr space = CorvCSComposite::create("test.turn");
+  const CorvDofShPtr shift = CorvDof::create(false);
+  const CorvDofShPtr turn = CorvDof::create(true);
+  ASSERT_TRUE(turn->boundWithin(-50.0, 50.0).succeeded());
+  ASSERT_TRUE(space->appendSubspace(shift).succeeded());
+  ASSERT_TRUE(space->appendSubspace(turn).succeeded());
+  const CorvValidatorShPtr validator = CorvValidatorDPTurnJump::create(space);
+  const auto isAccepted = [&](double i_end)
+  {
+    CorvConfig end(space);
+    end.dofValue(0, i_end);
+    return validator->validate(*space->steeringMethod()->makeDirectPath(CorvConfig(space), end));
+  };
+  EXPECT_TRUE(isAccepted(5.0)); // nothing is computed yet
+  ASSERT_TRUE(space->constraints()->add(SumConstraint::create(space, "turn", {{{shift}, {turn}}})).succeeded());
+  EXPECT_TRUE(isAccepted(3.0));
+  EXPECT_FALSE(isAccepted(5.0));
+  turn->isBounded(false);
+  EXPECT_TRUE(isAccepted(5.0));
 }
