@@ -17,10 +17,43 @@
 struct CorvFlatMetric::COther
 {
   COther(const CorvConfigSpaceShPtr& i_space, unsigned int i_rank)
-    : rank(i_rank), count(i_space->size()), metric(i_space->metric()), a(i_space), b(i_space)
+    : rank(i_rank), count(i_space->size()), metric(i_space->metric()),
+      solid(dynamic_cast<const CorvMetricSolid*>(metric.get())), a(i_space), b(i_space)
   {
     a.isSelfValidationEnabled(false);
     b.isSelfValidationEnabled(false);
+  }
+
+  double squaredDistance(const double* i_a, const double* i_b)
+  {
+    double d = 0.0;
+    if (getSolidDistance(i_a, i_b, d))
+      return d * d;
+    return load(i_a, i_b) ? metric->squaredDistance(a, b) : 0.0;
+  }
+
+  double distance(const double* i_a, const double* i_b)
+  {
+    double d = 0.0;
+    if (getSolidDistance(i_a, i_b, d))
+      return d;
+    return load(i_a, i_b) ? metric->distance(a, b) : 0.0;
+  }
+
+  /// A solid metric needs no configurations. @return false if it is none, or cannot tell.
+  bool getSolidDistance(const double* i_a, const double* i_b, double& o_distance) const
+  {
+    const CorvJointShPtr joint = solid ? solid->joint() : CorvJointShPtr();
+    if (!joint || joint->kinematicalEffect()->configSpace()->size() != count)
+      return false;
+    if (std::equal(i_a + rank, i_a + rank + count, i_b + rank))
+      return true;
+    const CorvKinematicalEffect& effect = *joint->kinematicalEffect();
+    ClumMat4 poseA, poseB;
+    if (effect.forward(i_a + rank, poseA).failed() || effect.forward(i_b + rank, poseB).failed())
+      return false;
+    o_distance = solid->solidDistance(poseA, poseB);
+    return true;
   }
 
   /// @return false, nothing loaded, if the values do not differ.
@@ -36,6 +69,7 @@ struct CorvFlatMetric::COther
   unsigned int rank;
   unsigned int count;
   CorvMetricShPtr metric;
+  const CorvMetricSolid* solid; ///< the metric if it is one, or null
   CorvConfig a;
   CorvConfig b;
 };
@@ -231,8 +265,8 @@ double CorvFlatMetric::squaredDistance(const double* i_a, const double* i_b) con
   {
     if (entry.kind != OTHER)
       total += flatSquaredDofDistance(entry.kind == CIRCULAR, entry.scale, i_a[entry.rank], i_b[entry.rank]);
-    else if (COther& other = m_others[entry.other]; other.load(i_a, i_b))
-      total += other.metric->squaredDistance(other.a, other.b);
+    else
+      total += m_others[entry.other].squaredDistance(i_a, i_b);
   }
   return total;
 }
@@ -244,8 +278,8 @@ double CorvFlatMetric::sumOfDistances(const double* i_a, const double* i_b) cons
   {
     if (entry.kind != OTHER)
       total += dofDistance(entry, i_a[entry.rank], i_b[entry.rank]);
-    else if (COther& other = m_others[entry.other]; other.load(i_a, i_b))
-      total += other.metric->distance(other.a, other.b);
+    else
+      total += m_others[entry.other].distance(i_a, i_b);
   }
   return total;
 }
