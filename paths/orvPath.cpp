@@ -624,11 +624,13 @@ lmStatus CorvPath::extractTo(double i_to)
     return lmStatus();
   }
   TDirectPaths directPaths;
+  // A cut at the end itself moves nothing, however the sum of the lengths is rounded.
+  const bool isWhole = i_to >= length();
   double rest = i_to;
   for (const CorvDirectPathConstShPtr& directPath : m_directPaths)
   {
     const double directPathLength = directPath->length();
-    if (rest < directPathLength)
+    if (!isWhole && rest < directPathLength)
     {
       if (const CorvDirectPathShPtr piece = CorvDirectPath::createByExtractingTo(directPath, rest))
         directPaths.push_back(piece);
@@ -660,9 +662,11 @@ lmStatus CorvPath::extract(double i_from, double i_to)
     notify(DID_CHANGE);
     return lmStatus();
   }
-  if (local + to - from <= directPath->length())
+  const bool reachesEnd = to >= whole;
+  const double localTo = reachesEnd ? directPath->length() : local + to - from;
+  if (reachesEnd ? rank + 1 == m_directPaths.size() : localTo <= directPath->length())
   {
-    TDirectPaths directPaths(1, CorvDirectPath::createByExtracting(directPath, local, local + to - from));
+    TDirectPaths directPaths(1, CorvDirectPath::createByExtracting(directPath, local, localTo));
     if (!directPaths[0])
     {
       ClumLogManager::addError("CorvPath::extract(): unable to extract direct path.");

@@ -317,6 +317,26 @@ TEST(CorvPath, AJunctionBelongsToTheEarlierDirectPath)
   EXPECT_EQ(visitor->told, "(.[-].[-].)");
 }
 
+TEST(CorvPath, ACutAtItsLengthKeepsTheBitsOfTheEnd)
+{
+  CorvUtility::randomSeed(5);
+  const CorvConfigSpaceShPtr space = makePlane();
+  for (int trial = 0; trial < 200; ++trial)
+  {
+    const CorvPathShPtr path = pathThrough(space, {randomPoint(), randomPoint(), randomPoint(), randomPoint()});
+    const std::vector<double> end = path->configuration(3).dofValues();
+    const double from = CorvUtility::random(0.0, path->length());
+    for (const double start : {0.0, from})
+    {
+      const CorvPathShPtr rest = CorvPath::createByExtracting(path, start, path->length());
+      ASSERT_TRUE(rest);
+      ASSERT_EQ(rest->configuration(rest->countConfigurations() - 1).dofValues(), end);
+    }
+    ASSERT_TRUE(path->extractTo(path->length()).succeeded());
+    ASSERT_EQ(path->configuration(3).dofValues(), end);
+  }
+}
+
 TEST(CorvPath, HasThreeShapes)
 {
   const CorvConfigSpaceShPtr space = makePlane();
