@@ -1,14 +1,21 @@
+#include "monitor.h"
 #include "options.h"
+#include "output.h"
 #include "report.h"
 #include "scene.h"
 #include "search.h"
 
+#include "foundation/lumLogManager.h"
 #include "kinematics/orvUtility.h"
 #include "paths/orvPath.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <exception>
 
 namespace
 {
@@ -20,9 +27,27 @@ enum EExitCode
   EXIT_INVALID_END = 3
 };
 
+/// Keeps what the library logs, each text once, so that it can be told in the result.
+class LogNotes : public ClumLogSink
+{
+public:
+  void write(ElumLogType i_type, const std::string& i_text) override
+  {
+    const bool isNew = std::find(m_notes.begin(), m_notes.end(), i_text) == m_notes.end();
+    if (i_type != LUM_LOG_INFO && isNew && m_notes.size() < MAX_COUNT)
+      m_notes.push_back(i_text);
+  }
+
+  const std::vector<std::string>& notes() const { return m_notes; }
+
+private:
+  static const std::size_t MAX_COUNT = 10;
+  std::vector<std::string> m_notes;
+};
+
 int fail(const std::string& i_error, int i_code)
 {
-  std::fprintf(stderr, "orvane: %s\n", i_error.c_str());
+  printError(i_error);
   return i_code;
 }
 
@@ -33,7 +58,7 @@ bool areEndsValid(const PlanScene& i_scene)
   for (const auto& [name, config] : {std::pair("start", &i_scene.start()), std::pair("goal", &i_scene.goal())})
     for (const std::string& fault : i_scene.faultsOf(*config))
     {
-      std::fprintf(stderr, "orvane: the %s is invalid: %s\n", name, fault.c_str());
+      printError(std::string("the ") + name + " is invalid: " + fault);
       areValid = false;
     }
   return areValid;
@@ -51,29 +76,63 @@ bool writeFiles(const PlanOptions& i_options, const PlanScene& i_scene, const Se
   }
   return i_options.svg.empty() || writeFile(i_options.svg, scenePicture(i_scene, i_result), o_error);
 }
-} // namespace
 
-int main(int i_count, char** i_arguments)
+std::vector<std::string> gatherNotes(const PlanOptions& i_options, const PlanScene& i_scene, const LogNotes& i_log,
+                                     const SearchResult& i_result)
 {
-  PlanOptions options;
-  if (const std::optional<int> code = parseOptions(i_count, i_arguments, options))
-    return *code;
+  std::vector<std::string> notes = i_scene.notes();
+  notes.insert(notes.end(), i_log.notes().begin(), i_log.notes().end());
+  if (i_result.isSolved && i_options.doesOptimize && isInterrupted())
+    notes.push_back("the shortening of the path was interrupted");
+  return notes;
+}
 
+int planAndReport(const PlanOptions& i_options, const LogNotes& i_log)
+{
   const auto begin = std::chrono::steady_clock::now();
   PlanScene scene;
   std::string error;
-  if (!scene.load(options, error))
+  if (!checkOutputs(i_options, error) || !scene.load(i_options, error))
     return fail(error, EXIT_BAD_INPUT);
   const double loadSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   if (!areEndsValid(scene))
     return EXIT_INVALID_END;
 
-  CorvUtility::randomSeed(options.seed);
-  SearchResult result = search(scene, options);
+  CorvUtility::randomSeed(i_options.seed);
+  SearchResult result = search(scene, i_options);
   result.loadSeconds = loadSeconds;
-  const std::string text = options.isJson ? resultJson(options, scene, result) : resultText(options, scene, result);
-  std::fputs(text.c_str(), stdout);
-  if (!writeFiles(options, scene, result, error))
+  const std::vector<std::string> notes = gatherNotes(i_options, scene, i_log, result);
+  const bool isWritten = writeFiles(i_options, scene, result, error);
+  std::fputs((i_options.isJson ? resultJson(i_options, notes, result) : resultText(i_options, notes, result)).c_str(),
+             stdout);
+  if (!isWritten)
     return fail(error, EXIT_BAD_INPUT);
+  if (std::fflush(stdout) != 0)
+    return fail(std::string("cannot print the result: ") + std::strerror(errno), EXIT_BAD_INPUT);
   return result.isSolved ? EXIT_PATH : EXIT_NONE_FOUND;
+}
+} // namespace
+
+int main(int i_count, char** i_arguments)
+{
+  catchInterrupts();
+  const ShPtr<LogNotes> log(new LogNotes);
+  ClumLogManager::sink(log);
+  try
+  {
+    PlanOptions options;
+    std::string error;
+    bool isHelp = false;
+    if (!parseOptions(i_count, i_arguments, options, isHelp, error))
+      return isHelp ? EXIT_PATH : fail(error, EXIT_BAD_INPUT);
+    return planAndReport(options, *log);
+  }
+  catch (const std::bad_alloc&)
+  {
+    return fail("out of memory", EXIT_BAD_INPUT);
+  }
+  catch (const std::exception& exception)
+  {
+    return fail(exception.what(), EXIT_BAD_INPUT);
+  }
 }

@@ -4,6 +4,7 @@
 #include "roadmaps/orvNode.h"
 #include "roadmaps/orvRoadmap.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
@@ -12,24 +13,33 @@ namespace
 {
 volatile std::sig_atomic_t g_isInterrupted = 0;
 
-void interrupt(int)
+void noteInterrupt(int i_signal)
 {
   g_isInterrupted = 1;
+  std::signal(i_signal, SIG_DFL);
 }
 } // namespace
+
+void catchInterrupts()
+{
+  std::signal(SIGINT, noteInterrupt);
+}
+
+bool isInterrupted()
+{
+  return g_isInterrupted != 0;
+}
 
 SearchMonitor::SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit,
                              const CorvRoadmapShPtr& i_roadmap, const CorvConfig& i_start, const CorvConfig& i_goal)
   : m_maxSteps(i_maxSteps), m_timeLimit(i_timeLimit), m_roadmap(i_roadmap), m_start(i_start), m_goal(i_goal),
     m_isTerminal(isatty(fileno(stderr)) != 0), m_begin(std::chrono::steady_clock::now()), m_nextDrawing(m_begin)
 {
-  std::signal(SIGINT, interrupt);
 }
 
 SearchMonitor::~SearchMonitor()
 {
   clearLine();
-  std::signal(SIGINT, SIG_DFL);
 }
 
 double SearchMonitor::seconds() const
@@ -45,7 +55,7 @@ bool SearchMonitor::plannerShouldStopPlanning(const CorvPathPlannerShPtr& i_plan
     draw();
     m_nextDrawing = now + std::chrono::milliseconds(100);
   }
-  if (g_isInterrupted)
+  if (isInterrupted())
     m_ending = "interrupted";
   else if (m_timeLimit && seconds() >= *m_timeLimit)
     m_ending = "the time limit was reached";
@@ -72,8 +82,8 @@ void SearchMonitor::draw()
     std::fprintf(stderr, "\r%c shortening the path, %.1f s\033[K", turn, seconds());
   else
   {
-    const int width = 20, filled = static_cast<int>(static_cast<double>(m_steps) / m_maxSteps * width);
-    char bar[width + 1] = "....................";
+    const int width = 10, filled = static_cast<int>(static_cast<double>(m_steps) / std::max(m_maxSteps, 1u) * width);
+    char bar[width + 1] = "..........";
     for (int i = 0; i < filled && i < width; ++i)
       bar[i] = '#';
     std::fprintf(stderr, "\r%c [%s] step %u, %u nodes in %u components, %.4g to the goal\033[K", turn, bar, m_steps,

@@ -8,6 +8,10 @@
 #include <chrono>
 #include <optional>
 
+/// From now on the first interrupt (Ctrl-C) is noted, and a second one ends the program.
+void catchInterrupts();
+bool isInterrupted();
+
 /// Watches a search: counts its steps, ends it at a limit or an interrupt, and draws a progress line on a terminal.
 class SearchMonitor : public CorvPathPlannerDelegate
 {

@@ -25,7 +25,9 @@ struct PlanOptions
   bool isJson = false;
 };
 
-/// Reads the command line.
-/// @return an exit code if the program is to end at once (help: 0, bad input: 2, with one line on standard error);
-///         nothing if `o_options` holds a request to plan.
-std::optional<int> parseOptions(int i_count, const char* const* i_arguments, PlanOptions& o_options);
+/// Reads the command line. An argument "@FILE" stands for the words in that file, parted by white space; double quotes
+/// keep a word together, and `#` at a word's beginning starts a comment to the end of the line.
+/// @return true if `o_options` holds a request to plan. Otherwise either help was printed, `o_isHelp`, or the input is
+///         bad, with one line in `o_error`.
+bool parseOptions(int i_count, const char* const* i_arguments, PlanOptions& o_options, bool& o_isHelp,
+                  std::string& o_error);

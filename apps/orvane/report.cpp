@@ -9,11 +9,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
 #include <cstdarg>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 
 namespace
 {
@@ -38,10 +36,11 @@ std::string tableRow(double i_distance, const CorvConfig& i_config, bool i_isWay
 }
 } // namespace
 
-std::string resultText(const PlanOptions& i_options, const PlanScene& i_scene, const SearchResult& i_result)
+std::string resultText(const PlanOptions& i_options, const std::vector<std::string>& i_notes,
+                       const SearchResult& i_result)
 {
   std::string text;
-  for (const std::string& note : i_scene.notes())
+  for (const std::string& note : i_notes)
     text += "note: " + note + "\n";
   text += i_result.isSolved ? "solved: yes" : "solved: no, " + i_result.ending;
   if (i_result.isSolved)
@@ -60,7 +59,8 @@ std::string resultText(const PlanOptions& i_options, const PlanScene& i_scene, c
   return text;
 }
 
-std::string resultJson(const PlanOptions& i_options, const PlanScene& i_scene, const SearchResult& i_result)
+std::string resultJson(const PlanOptions& i_options, const std::vector<std::string>& i_notes,
+                       const SearchResult& i_result)
 {
   nlohmann::ordered_json json;
   json["solved"] = i_result.isSolved;
@@ -80,8 +80,9 @@ std::string resultJson(const PlanOptions& i_options, const PlanScene& i_scene, c
   json["collisionQueries"] = i_result.collisionQueries;
   if (i_result.isSolved)
     json["pathLength"] = {{"found", i_result.lengthBefore}, {"returned", i_result.lengthAfter}};
-  json["notes"] = i_scene.notes();
-  return json.dump(2) + "\n";
+  json["notes"] = i_notes;
+  // File names in the notes need not be UTF-8.
+  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 std::string pathTable(const CorvPath& i_path, double i_step)
@@ -136,21 +137,4 @@ std::string scenePicture(const PlanScene& i_scene, const SearchResult& i_result)
       picture.addPose(*i_scene.part(), poses[0], along);
   }
   return picture.svg();
-}
-
-bool writeFile(const std::string& i_path, const std::string& i_content, std::string& o_error)
-{
-  const std::string temporary = i_path + ".part";
-  std::FILE* file = std::fopen(temporary.c_str(), "wb");
-  bool isWritten = file && std::fwrite(i_content.data(), 1, i_content.size(), file) == i_content.size();
-  if (file)
-    isWritten = std::fclose(file) == 0 && isWritten;
-  isWritten = isWritten && std::rename(temporary.c_str(), i_path.c_str()) == 0;
-  if (!isWritten)
-  {
-    o_error = "cannot write '" + i_path + "': " + std::strerror(errno);
-    if (file)
-      std::remove(temporary.c_str());
-  }
-  return isWritten;
 }

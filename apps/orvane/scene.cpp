@@ -7,6 +7,7 @@
 #include "kinematics/orvDevice.h"
 #include "kinematics/orvDof.h"
 #include "kinematics/orvJointFreeFlyer.h"
+#include "kinematics/orvKinematicalEffect.h"
 #include "metrics/orvMetricEuclidean.h"
 
 #include <algorithm>
@@ -15,6 +16,13 @@
 
 namespace
 {
+/// Weight of a turn by one radian, as a part of the part's radius.
+constexpr double TURN_WEIGHT = 0.5;
+
+/// Beyond these, rounding in a coordinate is no longer small against the part.
+constexpr double LARGEST_COORDINATE = 1e9; ///< as a multiple of the part's radius
+constexpr double LARGEST_ANGLE = 1e6;
+
 std::string formatted(const char* i_format, double i_value)
 {
   char text[64];
@@ -46,7 +54,7 @@ bool PlanScene::load(const PlanOptions& i_options, std::string& o_error)
     m_obstacleNames.push_back(fileName(path));
   }
   measurePart();
-  return buildDevice(i_options, o_error) && makeEnds(i_options, o_error);
+  return checkMagnitudes(i_options, o_error) && buildDevice(i_options, o_error) && makeEnds(i_options, o_error);
 }
 
 bool PlanScene::loadMesh(const std::string& i_path, ClumMeshShPtr& o_mesh, std::string& o_error)
@@ -73,6 +81,25 @@ void PlanScene::measurePart()
     m_partRadius = std::max(m_partRadius, vertex.distanceFrom(ClumPoint3(0.0, 0.0, 0.0)));
 }
 
+bool PlanScene::checkMagnitudes(const PlanOptions& i_options, std::string& o_error) const
+{
+  for (const double bound : i_options.bounds)
+    if (std::fabs(bound) > LARGEST_COORDINATE * m_partRadius)
+    {
+      o_error = formatted("--bounds: %g is too large", bound) + formatted(" for a part of radius %g", m_partRadius);
+      return false;
+    }
+  for (const auto& [name, pose] : {std::pair("start", i_options.start), std::pair("goal", i_options.goal)})
+    for (int axis = 3; axis < 6; ++axis)
+      if (std::fabs(pose[axis]) > LARGEST_ANGLE)
+      {
+        o_error = std::string("--") + name + formatted(": the angle %g", pose[axis]) +
+                  formatted(" exceeds %g radians", LARGEST_ANGLE);
+        return false;
+      }
+  return true;
+}
+
 bool PlanScene::buildDevice(const PlanOptions& i_options, std::string& o_error)
 {
   m_device = CorvDevice::create();
@@ -85,6 +112,10 @@ bool PlanScene::buildDevice(const PlanOptions& i_options, std::string& o_error)
       status = m_device->addObstacleGeometry(obstacle);
   for (unsigned int axis = 0; axis < 3 && status.succeeded(); ++axis)
     status = joint->dof(axis)->boundWithin(i_options.bounds[axis], i_options.bounds[axis + 3]);
+  // Distances in the coordinates in which the motions are straight; a turn counts as what it moves the part.
+  joint->kinematicalEffect()->configSpace()->metric(CorvMetricEuclidean::create());
+  for (unsigned int axis = 3; axis < 6; ++axis)
+    joint->dof(axis)->weightMultiplier((getenv("TW") ? atof(getenv("TW")) : TURN_WEIGHT) * m_partRadius / joint->dof(axis)->weight());
   if (status.failed())
   {
     o_error = "cannot build the scene: " + status.description();

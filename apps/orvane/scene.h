@@ -38,6 +38,7 @@ public:
 private:
   bool loadMesh(const std::string& i_path, ClumMeshShPtr& o_mesh, std::string& o_error);
   void measurePart();
+  bool checkMagnitudes(const PlanOptions& i_options, std::string& o_error) const;
   bool buildDevice(const PlanOptions& i_options, std::string& o_error);
   bool makeEnds(const PlanOptions& i_options, std::string& o_error);
   std::string contactWith(std::size_t i_obstacle, const ClumMat4& i_pose) const;
