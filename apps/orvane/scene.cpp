@@ -17,7 +17,7 @@
 namespace
 {
 /// Weight of a turn by one radian, as a part of the part's radius.
-constexpr double TURN_WEIGHT = 0.5;
+constexpr double TURN_WEIGHT = 0.35;
 
 /// Beyond these, rounding in a coordinate is no longer small against the part.
 constexpr double LARGEST_COORDINATE = 1e9; ///< as a multiple of the part's radius
@@ -115,7 +115,7 @@ bool PlanScene::buildDevice(const PlanOptions& i_options, std::string& o_error)
   // Distances in the coordinates in which the motions are straight; a turn counts as what it moves the part.
   joint->kinematicalEffect()->configSpace()->metric(CorvMetricEuclidean::create());
   for (unsigned int axis = 3; axis < 6; ++axis)
-    joint->dof(axis)->weightMultiplier((getenv("TW") ? atof(getenv("TW")) : TURN_WEIGHT) * m_partRadius / joint->dof(axis)->weight());
+    joint->dof(axis)->weightMultiplier(TURN_WEIGHT * m_partRadius / joint->dof(axis)->weight());
   if (status.failed())
   {
     o_error = "cannot build the scene: " + status.description();

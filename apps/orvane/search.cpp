@@ -23,6 +23,9 @@
 
 namespace
 {
+/// Random step and longest motion, as a part of the bounds' diagonal.
+constexpr double STEP = 0.025;
+
 /// The sizes of the search, from those of the scene where the user did not say them.
 ///
 /// A penetration far below the part's smallest side cannot miss anything that matters. Motions are kept short against
@@ -32,8 +35,8 @@ void chooseSizes(const PlanScene& i_scene, const PlanOptions& i_options, SearchR
   const double size = i_scene.partRadius();
   o_result.penetration =
     i_options.penetration.value_or(std::clamp(0.05 * i_scene.partThickness(), 1e-4 * size, 0.01 * size));
-  o_result.deviation = i_options.deviation.value_or(0.05 * i_scene.extent());
-  o_result.extension = std::max(10.0 * o_result.penetration, 0.05 * i_scene.extent());
+  o_result.deviation = i_options.deviation.value_or(STEP * i_scene.extent());
+  o_result.extension = std::max(10.0 * o_result.penetration, STEP * i_scene.extent());
 }
 
 ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
@@ -42,7 +45,7 @@ ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
   parameters->setDouble("orvane.core.validator.dp.collision.penetration", i_sizes.penetration)
     .setDouble("orvane.core.shooter.standard-deviation", i_sizes.deviation)
     .setInt("orvane.core.builder.mono-diffusing.link-interval", 0)
-    .setInt("orvane.core.linker-standard.nearest-node-count", 2)
+    .setInt("orvane.core.linker-standard.nearest-node-count", 1)
     .setBool("orvane.core.builder-planner.force-path-on-failure", false);
   return parameters;
 }

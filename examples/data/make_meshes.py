@@ -2,9 +2,8 @@
 """Writes the meshes of the window scene: a hook, a wall with a window, a pillar and a beam.
 
 Lengths are in millimetres. The hook is a J of round bar in the plane x = 0: a long and a short leg along z, joined by a
-half circle at the bottom. A plane that is moved across the hook without being turned meets it, at some place, over a
-length of 88 mm or more, and the window's diagonal is 85 mm. So the hook gets through only by turning: one leg, then
-around the bend, then the other.
+half circle at the bottom. Held as it is at start and goal, flat before the wall, it is far wider than the window: it gets
+through only by turning, leg first and then around its bend.
 
 Run it in any folder; the files are written beside the script.
 """
@@ -15,16 +14,16 @@ import struct
 
 # The hook, measured along the middle of its bar.
 BAR_RADIUS = 4.0
-BEND_RADIUS = 40.0
-LONG_LEG = 100.0
-SHORT_LEG = 70.0
+BEND_RADIUS = 60.0
+LONG_LEG = 80.0
+SHORT_LEG = 40.0
 AROUND = 36  # corners of the bar's section
 
 # The wall stands across the x axis.
 WALL_SIZE = 600.0
 WALL_THICKNESS = 6.0
-WINDOW_Y = 60.0
-WINDOW_Z = 60.0
+WINDOW_Y = 96.0
+WINDOW_Z = 96.0
 
 
 def hook_middle():
