@@ -94,9 +94,9 @@ int planAndReport(const PlanOptions& i_options, const LogNotes& i_log)
   std::string error;
   if (!checkOutputs(i_options, error) || !scene.load(i_options, error))
     return fail(error, EXIT_BAD_INPUT);
-  const double loadSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   if (!areEndsValid(scene))
     return EXIT_INVALID_END;
+  const double loadSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 
   CorvUtility::randomSeed(i_options.seed);
   SearchResult result = search(scene, i_options);
