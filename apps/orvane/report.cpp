@@ -125,7 +125,7 @@ std::string scenePicture(const PlanScene& i_scene, const SearchResult& i_result)
       picture.addPose(*i_scene.part(), poses[0], 1.0);
     return picture.svg();
   }
-  const int poseCount = 9, trackCount = 120;
+  const int poseCount = 7, trackCount = 120;
   CorvConfig config(i_scene.space());
   for (int i = 0; i <= trackCount; ++i)
   {

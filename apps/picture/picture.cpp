@@ -187,12 +187,10 @@ private:
       }
   }
 
+  /// The triangles from far to near. Runs of one colour are one path, its corners told relative to each other in tenths
+  /// of a pixel: a picture of some ten thousand triangles stays small.
   void appendLayer(const std::vector<bool>& i_isShown, double i_opacity, std::string& io_text) const
   {
-    char group[120];
-    std::snprintf(group, sizeof group, "<g stroke-width=\"0.6\" stroke-linejoin=\"round\" opacity=\"%.1f\">\n",
-                  i_opacity);
-    io_text += group;
     std::vector<std::pair<double, std::size_t>> order;
     for (std::size_t t = 0; t < i_isShown.size(); ++t)
       if (i_isShown[t])
@@ -201,19 +199,37 @@ private:
         order.emplace_back(dot(corners[0], m_towards) + dot(corners[1], m_towards) + dot(corners[2], m_towards), t);
       }
     std::sort(order.begin(), order.end());
+    char group[160];
+    std::snprintf(group, sizeof group,
+                  "<g transform=\"scale(0.1)\" fill=\"currentColor\" stroke=\"currentColor\" stroke-width=\"6\" "
+                  "stroke-linejoin=\"round\" opacity=\"%.1f\">\n",
+                  i_opacity);
+    io_text += group;
+    std::string colour;
     for (const auto& [depth, t] : order)
     {
-      const auto& corners = m_picture.m_triangles[t].corners;
-      const std::string colour = shade(m_picture.m_triangles[t], depth / 3.0);
-      io_text += "<path fill=\"" + colour + "\" stroke=\"" + colour + "\" d=\"M";
-      for (int i = 0; i < 3; ++i)
-      {
-        const Vector seen = project(corners[i]);
-        io_text += (i ? "L" : "") + coordinates(seen[0], seen[1]);
-      }
-      io_text += "z\"/>\n";
+      const std::string next = shade(m_picture.m_triangles[t], depth / 3.0);
+      if (next != colour)
+        io_text += (colour.empty() ? "<path color=\"" : "\"/>\n<path color=\"") + next + "\" d=\"";
+      colour = next;
+      appendOutline(m_picture.m_triangles[t], io_text);
     }
-    io_text += "</g>\n";
+    io_text += colour.empty() ? "</g>\n" : "\"/>\n</g>\n";
+  }
+
+  void appendOutline(const Picture::Triangle& i_triangle, std::string& io_text) const
+  {
+    long x[3], y[3];
+    for (int i = 0; i < 3; ++i)
+    {
+      const Vector seen = project(i_triangle.corners[i]);
+      x[i] = std::lround(10.0 * seen[0]);
+      y[i] = std::lround(10.0 * seen[1]);
+    }
+    char text[96];
+    std::snprintf(text, sizeof text, "M%ld %ldl%ld %ld %ld %ldz", x[0], y[0], x[1] - x[0], y[1] - y[0], x[2] - x[1],
+                  y[2] - y[1]);
+    io_text += text;
   }
 
   std::string shade(const Picture::Triangle& i_triangle, double i_depth) const
@@ -227,7 +243,8 @@ private:
     const double s = i_triangle.along;
     const Vector base =
       s < 0.0 ? Vector{226.0, 228.0, 232.0} : Vector{40.0 + 205.0 * s, 120.0 + 20.0 * s, 235.0 - 205.0 * s};
-    return hexColour({base[0] * light, base[1] * light, base[2] * light});
+    const double step = 0.02 * std::round(light / 0.02);
+    return hexColour({base[0] * step, base[1] * step, base[2] * step});
   }
 
   void appendTrack(std::string& io_text) const

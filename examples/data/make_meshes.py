@@ -17,7 +17,7 @@ BAR_RADIUS = 4.0
 BEND_RADIUS = 60.0
 LONG_LEG = 80.0
 SHORT_LEG = 40.0
-AROUND = 36  # corners of the bar's section
+AROUND = 24  # corners of the bar's section
 
 # The wall stands across the x axis.
 WALL_SIZE = 600.0
