@@ -1,6 +1,6 @@
 // A six-axis arm carries a box from one shelf compartment into another.
 //
-// Read it from the end upwards: `main` has the steps, the functions above show how each is done.
+// `main`, at the end, has the steps; the functions before it show, in the same order, how each is done.
 // Lengths are in millimetres, angles in radians. Usage: 02_six_axis_shelf [TABLE.csv [PICTURE.svg [SEED]]]
 
 #include "picture.h"
@@ -30,10 +30,8 @@
 #include "validation/orvValidatorDPCollision.h"
 #include "validation/orvValidatorSet.h"
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 namespace
@@ -42,7 +40,8 @@ namespace
 const std::vector<double> START = {-0.41, 0.75, 1.75, -0.50, -0.92, 0.33};
 const std::vector<double> GOAL = {0.37, 0.33, 1.43, 0.86, -0.29, -0.91};
 
-/// A motion counts as free if the arm nowhere gets deeper than this into anything. At 0 no contact at all is allowed.
+/// A motion counts as free if the arm nowhere gets deeper than this into anything. At 0 no contact at all is allowed;
+/// the proof of a motion that slides along a surface then takes very many samples.
 const double PENETRATION = 1.0;
 
 const unsigned int MAX_STEPS = 20000;
@@ -161,6 +160,8 @@ CorvMultiDiffusingBuilderShPtr makeBuilder(const CorvRoadmapShPtr& i_roadmap, co
                                            const CorvConfig& i_goal, double i_longestMotion)
 {
   // How a tree gets from a node towards a shot: straight, as far as is free, and no farther than the longest motion.
+  // Motions are kept short against the space: a long one that ends at an obstacle teaches no more than a short one and
+  // costs more to prove.
   const CorvExtendDirectShPtr extendMethod = CorvExtendDirect::create();
   require(extendMethod->restrictionBounds(i_longestMotion, i_longestMotion), "restrict the extension");
 
@@ -202,7 +203,7 @@ CorvPathShPtr shortened(const CorvPathShPtr& i_path, const ClumParameterMapShPtr
   return result;
 }
 
-// Step 6: what to do with the path. ----------------------------------------------------------------------------------
+// Step 6: the use of the path. ---------------------------------------------------------------------------------------
 
 std::FILE* openFile(const char* i_name)
 {
@@ -264,15 +265,18 @@ int main(int i_count, char** i_arguments)
   // The same seed gives the same path, on every machine.
   CorvUtility::randomSeed(i_count > 3 ? static_cast<unsigned int>(std::atoi(i_arguments[3])) : 1);
 
+  // Steps 1 and 2: the device and its obstacles.
   const CorvDeviceShPtr device = makeArm();
   addShelf(device);
+
+  // Step 3: start and goal.
   const CorvConfig start(device, START), goal(device, GOAL);
   const bool isStartValid = isValid(start, "start"), isGoalValid = isValid(goal, "goal");
   if (!isStartValid || !isGoalValid)
     return 1;
 
-  // Motions are kept short against the space: a long motion that ends at an obstacle teaches as little as a short one
-  // and costs more to prove.
+  // Step 4: the search. The parameters are the size of random steps, how many nodes of the other tree a new node is
+  // linked with, and that a search without success gives no path rather than one that is not valid.
   const CorvConfigSpaceShPtr space = device->configSpace();
   const double extent = extentOf(space);
   require(CorvValidatorDPCollision::setPenetration(space->directPathValidators(), PENETRATION), "set the penetration");
@@ -280,7 +284,6 @@ int main(int i_count, char** i_arguments)
   parameters->setDouble("orvane.core.shooter.standard-deviation", 0.2 * extent)
     .setInt("orvane.core.linker-standard.nearest-node-count", 1)
     .setBool("orvane.core.builder-planner.force-path-on-failure", false);
-
   const CorvRoadmapShPtr roadmap = CorvRoadmap::create(device);
   const CorvBuilderPlannerShPtr planner = CorvBuilderPlanner::create(makeBuilder(roadmap, start, goal, 0.15 * extent));
   const ShPtr<StepLimit> limit(new StepLimit);
@@ -290,14 +293,17 @@ int main(int i_count, char** i_arguments)
   if (isSolved)
     std::printf("solved: yes, proved to a penetration of %g\n", PENETRATION);
   else
-    std::printf("solved: no, after %u steps\n", MAX_STEPS);
+    std::printf("solved: no\n");
   std::printf("search: %u steps, %u nodes, %u edges, %lu motions tested\n", limit->steps, roadmap->countNodes(),
               roadmap->countEdges(), CorvValidatorDPCollision::countTests());
   if (!isSolved)
     return 1;
 
+  // Step 5: the optimisation.
   const CorvPathShPtr path = shortened(found, parameters);
   std::printf("path length: %g found, %g shortened\n", found->length(), path->length());
+
+  // Step 6: the path is used.
   if (i_count > 1)
   {
     writeTable(*path, i_arguments[1]);
