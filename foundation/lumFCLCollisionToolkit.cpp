@@ -48,6 +48,12 @@ struct CFclNode
 using CFclBallNode = CFclNode<fcl::RSSd>;
 using CFclBoxNode = CFclNode<fcl::OBBd>;
 
+struct CFclBall
+{
+  ClumVect3 center;
+  double radius;
+};
+
 /// An axis-parallel box around the triangles of a node.
 struct CFclRange
 {
@@ -91,6 +97,7 @@ public:
     buildTree(i_shape, m_boxes);
     holdTriangles(m_balls);
     holdTriangles(m_boxes);
+    makeBallsAround();
     makeRanges();
     m_isConvex = findConvex();
   }
@@ -98,6 +105,8 @@ public:
   std::size_t countTriangles() const { return m_corners.size() / 3; }
   const ClumVect3* triangle(std::size_t i_rank) const { return &m_corners[3 * i_rank]; }
   const std::vector<CFclBallNode>& balls() const { return m_balls; }
+  /// A plain ball around the triangles of a ball node.
+  const CFclBall& ballAround(int i_rank) const { return m_ballsAround[i_rank]; }
   const std::vector<CFclBoxNode>& boxes() const { return m_boxes; }
   double sweep() const { return m_sweep; }
   double excess() const { return m_excess; }
@@ -238,15 +247,15 @@ private:
     io_volume.extent = io_volume.extent.cwiseMax(local.cwiseAbs());
   }
 
-  /// Makes sure that every node holds all of its triangles.
-  template <class VOLUME>
-  void holdTriangles(std::vector<CFclNode<VOLUME>>& io_nodes) const
+  /// Calls the function with each node's rank and each corner of the triangles that the node holds.
+  template <class VOLUME, class FUNCTION>
+  void forEachCorner(const std::vector<CFclNode<VOLUME>>& i_nodes, FUNCTION i_function) const
   {
-    std::vector<int> parents(io_nodes.size(), -1);
+    std::vector<int> parents(i_nodes.size(), -1);
     std::vector<int> leaves(countTriangles(), 0);
-    for (int i = 0; i < static_cast<int>(io_nodes.size()); ++i)
+    for (int i = 0; i < static_cast<int>(i_nodes.size()); ++i)
     {
-      const CFclNode<VOLUME>& node = io_nodes[i];
+      const CFclNode<VOLUME>& node = i_nodes[i];
       if (node.isLeaf())
         leaves[node.triangle()] = i;
       else
@@ -255,7 +264,31 @@ private:
     for (std::size_t i = 0; i < countTriangles(); ++i)
       for (int rank = leaves[i]; rank >= 0; rank = parents[rank])
         for (unsigned int k = 0; k < 3; ++k)
-          hold(io_nodes[rank].volume, toFcl(triangle(i)[k]));
+          i_function(rank, triangle(i)[k]);
+  }
+
+  /// Makes sure that every node holds all of its triangles.
+  template <class VOLUME>
+  void holdTriangles(std::vector<CFclNode<VOLUME>>& io_nodes) const
+  {
+    forEachCorner(io_nodes,
+                  [&](int i_rank, const ClumVect3& i_corner) { hold(io_nodes[i_rank].volume, toFcl(i_corner)); });
+  }
+
+  void makeBallsAround()
+  {
+    for (const CFclBallNode& node : m_balls)
+    {
+      const TFclVector center = node.volume.To + 0.5 * (node.volume.axis.col(0) * node.volume.l[0] +
+                                                        node.volume.axis.col(1) * node.volume.l[1]);
+      m_ballsAround.push_back({ClumVect3(center[0], center[1], center[2]), 0.0});
+    }
+    forEachCorner(m_balls,
+                  [this](int i_rank, const ClumVect3& i_corner)
+                  {
+                    CFclBall& ball = m_ballsAround[i_rank];
+                    ball.radius = std::max(ball.radius, (i_corner - ball.center).norm());
+                  });
   }
 
   /// Children stand behind their parents.
@@ -294,6 +327,7 @@ private:
 
   std::vector<ClumVect3> m_corners; ///< three of each triangle
   std::vector<CFclBallNode> m_balls;
+  std::vector<CFclBall> m_ballsAround; ///< of the ball nodes
   std::vector<CFclBoxNode> m_boxes;
   std::vector<CFclRange> m_ranges; ///< of the box nodes
   ClumSolids m_solids;
@@ -470,8 +504,8 @@ private:
     splitFclPair(m_pair.a.balls(), m_pair.b.balls(), i_task.a, i_task.b,
                  [&](int a1, int b1, int a2, int b2)
                  {
-                   nearer = {std::max(i_task.distance, distance(a1, b1)), a1, b1};
-                   farther = {std::max(i_task.distance, distance(a2, b2)), a2, b2};
+                   nearer = {distance(a1, b1, i_task.distance), a1, b1};
+                   farther = {distance(a2, b2, i_task.distance), a2, b2};
                  });
     if (farther.distance < nearer.distance)
       std::swap(nearer, farther);
@@ -482,13 +516,47 @@ private:
     return nearer;
   }
 
-  double distance(int i_a, int i_b) const { return m_pair.distance(m_pair.a.balls()[i_a], m_pair.b.balls()[i_b]); }
+  /// A lower bound for two nodes.
+  /// @param i_known a bound that holds for them already.
+  double distance(int i_a, int i_b, double i_known)
+  {
+    const CFclBallNode& a = m_pair.a.balls()[i_a];
+    const CFclBallNode& b = m_pair.b.balls()[i_b];
+    double known = i_known;
+    // Volumes hold a large triangle badly: what is left of the other side is measured against the triangle itself.
+    if (a.isLeaf() || b.isLeaf())
+      known = std::max(known, a.isLeaf() ? gapToTriangleOfA(a.triangle(), i_b) : gapToTriangleOfB(i_a, b.triangle()));
+    if (known >= m_bound || (a.isLeaf() && b.isLeaf()))
+      return known;
+    return std::max(known, m_pair.distance(a, b));
+  }
+
+  double gapToTriangleOfA(std::size_t i_triangle, int i_b) const
+  {
+    const CFclBall& ball = m_pair.b.ballAround(i_b);
+    const ClumVect3 center = m_pair.relative * ball.center + m_pair.relative.translation();
+    return lumPointTriangleDistance(center, m_pair.a.triangle(i_triangle)) - ball.radius;
+  }
+
+  double gapToTriangleOfB(int i_a, std::size_t i_triangle)
+  {
+    const CFclBall& ball = m_pair.a.ballAround(i_a);
+    return lumPointTriangleDistance(ball.center, placed(i_triangle)) - ball.radius;
+  }
+
+  /// The corners of a triangle of b in the coordinates of a.
+  const ClumVect3* placed(std::size_t i_triangle)
+  {
+    if (i_triangle != m_placedTriangle)
+      m_pair.placed(i_triangle, m_placed);
+    m_placedTriangle = i_triangle;
+    return m_placed;
+  }
 
   void measure(unsigned int i_a, unsigned int i_b)
   {
-    ClumVect3 corners[3], onA, onB;
-    m_pair.placed(i_b, corners);
-    const double found = lumTriangleDistance(m_pair.a.triangle(i_a), corners, onA, onB);
+    ClumVect3 onA, onB;
+    const double found = lumTriangleDistance(m_pair.a.triangle(i_a), placed(i_b), onA, onB);
     if (found >= m_best)
       return;
     m_best = found;
@@ -508,6 +576,8 @@ private:
   double m_passedOver = FCL_INFINITY;
   ClumVect3 m_onA, m_onB; ///< in the coordinates of a
   unsigned int m_triangleA = 0, m_triangleB = 0;
+  std::size_t m_placedTriangle = std::numeric_limits<std::size_t>::max();
+  ClumVect3 m_placed[3]; ///< the corners of that triangle of b, in the coordinates of a
   boost::container::small_vector<CTask, 128> m_stack;
 };
 

@@ -117,6 +117,28 @@ double lumTriangleDistance(const ClumVect3 i_s[3], const ClumVect3 i_t[3], ClumV
   return isApart || onS.isApart || onT.isApart ? distance : 0.0;
 }
 
+double lumPointTriangleDistance(const ClumVect3& i_point, const ClumVect3 i_triangle[3])
+{
+  const ClumVect3 edges[3] = {i_triangle[1] - i_triangle[0], i_triangle[2] - i_triangle[1],
+                              i_triangle[0] - i_triangle[2]};
+  const ClumVect3 normal = edges[0] * edges[1];
+  const double nn = normal.squaredNorm();
+  double longest = 0.0, nearest = std::numeric_limits<double>::infinity();
+  bool isOverFace = true;
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    const ClumVect3 offset = i_point - i_triangle[k];
+    const double ee = edges[k].squaredNorm();
+    const double share = ee > 0.0 ? clampedToUnit(offset.scalarProduct(edges[k]) / ee) : 0.0;
+    nearest = std::min(nearest, (offset - edges[k] * share).squaredNorm());
+    longest = std::max(longest, ee);
+    isOverFace = isOverFace && (edges[k] * offset).scalarProduct(normal) > 0.0;
+  }
+  if (isOverFace && nn > SLIVER_RATIO * SLIVER_RATIO * longest * longest)
+    return std::fabs(normal.scalarProduct(i_point - i_triangle[0])) / std::sqrt(nn);
+  return std::sqrt(nearest);
+}
+
 double lumTriangleUncertainty(const ClumVect3 i_corners[3])
 {
   const ClumVect3 a = i_corners[1] - i_corners[0], b = i_corners[2] - i_corners[1], c = i_corners[0] - i_corners[2];

@@ -12,5 +12,8 @@
 /// distance may then be too large by that height.
 LUM_API double lumTriangleDistance(const ClumVect3 i_s[3], const ClumVect3 i_t[3], ClumVect3& o_onS, ClumVect3& o_onT);
 
-/// By how much that distance may be too large because of the triangle's shape.
+/// The distance of a point from a triangle, as accurate as the above.
+LUM_API double lumPointTriangleDistance(const ClumVect3& i_point, const ClumVect3 i_triangle[3]);
+
+/// By how much these distances may be too large because of the triangle's shape.
 LUM_API double lumTriangleUncertainty(const ClumVect3 i_corners[3]);
