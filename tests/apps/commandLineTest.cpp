@@ -143,7 +143,8 @@ protected:
   static std::vector<std::string> request(const TOptions& i_changes = {})
   {
     TOptions options = {{"--part", "part.obj"},       {"--obstacles", "wall.obj"},    {"--start", "-2 0 0 0 0 0"},
-                        {"--goal", "2 0.5 0 1 0 -1"}, {"--bounds", "-5 -5 -5 5 5 5"}, {"--max-steps", "20000"}};
+                        {"--goal", "2 0.5 0 1 0 -1"}, {"--bounds", "-5 -5 -5 5 5 5"}, {"--max-steps", "20000"},
+                        {"--deviation", "3"}};
     for (const auto& change : i_changes)
     {
       const auto known = std::find_if(options.begin(), options.end(),
@@ -373,7 +374,7 @@ TEST_F(CommandLine, TakesArgumentsFromAFile)
 {
   writeText(folder + "request.args", "# a request\n--part part.obj --obstacles wall.obj # both\n"
                                      "--start \"-2 0 0 0 0 0\"\t--goal \"2 0.5 0 1 0 -1\"\n"
-                                     "--bounds \"-5 -5 -5 5 5 5\" --max-steps 20000\n");
+                                     "--bounds \"-5 -5 -5 5 5 5\" --max-steps 20000 --deviation 3\n");
   ASSERT_EQ(run({"plan", "@request.args", "--out", "read.csv"}).code, 0);
   EXPECT_EQ(contentOf(folder + "read.csv"), tableFor({}));
 }
