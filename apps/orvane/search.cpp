@@ -50,6 +50,18 @@ ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
   return parameters;
 }
 
+/// A motion that grazes an obstacle over its whole length can take millions of configurations to prove. One that needs
+/// more than a few thousand is given up, as if it collided: the search goes on elsewhere, and what it returns is proved.
+void prepareProof(const CorvConfigSpace& i_space, double i_penetration)
+{
+  const CorvValidatorSetShPtr validators = i_space.directPathValidators();
+  CorvValidatorDPCollision::setPenetration(validators, i_penetration);
+  const CorvValidatorDPCollisionShPtr proof = boost::dynamic_pointer_cast<CorvValidatorDPCollision>(
+    validators->validatorNamed(CorvValidatorDPCollision::DEFAULT_NAME, true));
+  if (proof)
+    proof->sampleout(5000);
+}
+
 CorvMultiDiffusingBuilderShPtr makeBuilder(const CorvRoadmapShPtr& i_roadmap, const PlanScene& i_scene,
                                            double i_extension)
 {
@@ -86,7 +98,7 @@ SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options)
 {
   SearchResult result;
   chooseSizes(i_scene, i_options, result);
-  CorvValidatorDPCollision::setPenetration(i_scene.space()->directPathValidators(), result.penetration);
+  prepareProof(*i_scene.space(), result.penetration);
   const ClumParameterMapShPtr parameters = makeParameters(result);
   const CorvRoadmapShPtr roadmap = CorvRoadmap::create(i_scene.space());
   const CorvBuilderPlannerShPtr planner = CorvBuilderPlanner::create(makeBuilder(roadmap, i_scene, result.extension));
