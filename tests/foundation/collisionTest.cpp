@@ -88,6 +88,9 @@ void expectTriangles(const ClumVect3 i_s[3], const ClumVect3 i_t[3])
   const double expected = static_cast<double>(oracle::triangleTriangle(s, t));
   const double slack = 1e-13 * size + lumTriangleUncertainty(i_s) + lumTriangleUncertainty(i_t);
   ASSERT_NEAR(found, expected, slack);
+  for (int k = 0; k < 3; ++k)
+    ASSERT_NEAR(lumPointTriangleDistance(i_t[k], i_s),
+                static_cast<double>(oracle::pointTriangle(oracle::Vector(i_t[k]), s)), slack);
   if (found > slack)
   {
     ASSERT_NEAR((onS - onT).norm(), found, 1e-13 * size);
