@@ -51,7 +51,8 @@ ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
 }
 
 /// A motion that grazes an obstacle over its whole length can take millions of configurations to prove. One that needs
-/// more than a few thousand is given up, as if it collided: the search goes on elsewhere, and what it returns is proved.
+/// more than a few thousand is given up, as if it collided: the search goes on elsewhere, and what it returns is
+/// proved.
 void prepareProof(const CorvConfigSpace& i_space, double i_penetration)
 {
   const CorvValidatorSetShPtr validators = i_space.directPathValidators();
