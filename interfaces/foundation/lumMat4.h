@@ -11,7 +11,7 @@
 class LUM_API ClumMat4
 {
 public:
-  enum EBaseVector
+  enum EBaseVector : int
   {
     X_AXIS = 0,
     Y_AXIS = 1,

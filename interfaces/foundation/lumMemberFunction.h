@@ -70,18 +70,19 @@ public:
     lumDetail::Arguments<ARGS...> arguments;
     if (!arguments.read(i_arguments))
       return lmStatus(lmStatus::FAILURE);
+    const FUNCTION function = m_function;
     if constexpr (std::is_member_function_pointer_v<FUNCTION>)
     {
       C* object = dynamic_cast<C*>(i_object);
       if (!object)
         return lmStatus(lmStatus::FAILURE);
       o_result = std::apply(
-        [&](auto&... a) { return lumDetail::callForValue<R>([&]() -> R { return (object->*m_function)(a...); }); },
+        [&](auto&... a) { return lumDetail::callForValue<R>([&]() -> R { return (object->*function)(a...); }); },
         arguments.values);
     }
     else
       o_result = std::apply(
-        [&](auto&... a) { return lumDetail::callForValue<R>([&]() -> R { return m_function(a...); }); },
+        [&](auto&... a) { return lumDetail::callForValue<R>([&]() -> R { return function(a...); }); },
         arguments.values);
     return lmStatus();
   }
