@@ -3,7 +3,7 @@
 #include "foundation/lumClass.h"
 #include "foundation/lumDescribe.h"
 
-ClumNotificationShPtr ClumNotification::create(unsigned int i_id, const ClumObjectConstShPtr& i_sender)
+ClumNotificationShPtr ClumNotification::create(unsigned int i_id, const ShPtr<const void>& i_sender)
 {
   const ClumNotificationShPtr notification(new ClumNotification(i_id));
   notification->m_sender = i_sender;

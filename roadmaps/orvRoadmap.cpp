@@ -535,7 +535,7 @@ void CorvRoadmap::clear()
   m_nodesByHash.clear();
   m_edgeCount = 0;
   if (m_notificator && m_notificator->hasSubscribers(DID_REMOVE_ALL_NODES_AND_EDGES))
-    m_notificator->notify(ClumNotification::create(DID_REMOVE_ALL_NODES_AND_EDGES, ClumObjectConstShPtr()));
+    m_notificator->notify(ClumNotification::create(DID_REMOVE_ALL_NODES_AND_EDGES, self()));
 }
 
 void CorvRoadmap::addConnectedComponent(const CorvConnectedComponentShPtr& i_component)
@@ -657,7 +657,7 @@ void CorvRoadmap::notifyNode(unsigned int i_id, const CorvNodeShPtr& i_node) con
 {
   if (!m_notificator || !m_notificator->hasSubscribers(i_id))
     return;
-  const ClumNotificationShPtr notification = ClumNotification::create(i_id, ClumObjectConstShPtr());
+  const ClumNotificationShPtr notification = ClumNotification::create(i_id, self());
   notification->value(NODE_KEY, ClumObjectShPtr(i_node));
   m_notificator->notify(notification);
 }
@@ -666,7 +666,7 @@ void CorvRoadmap::notifyEdge(unsigned int i_id, const CorvEdgeShPtr& i_edge) con
 {
   if (!m_notificator || !m_notificator->hasSubscribers(i_id))
     return;
-  const ClumNotificationShPtr notification = ClumNotification::create(i_id, ClumObjectConstShPtr());
+  const ClumNotificationShPtr notification = ClumNotification::create(i_id, self());
   notification->value(EDGE_KEY, ClumObjectShPtr(i_edge));
   m_notificator->notify(notification);
 }

@@ -14,12 +14,13 @@ class LUM_API ClumNotification
 public:
   virtual ~ClumNotification() = default;
 
-  static ClumNotificationShPtr create(unsigned int i_id, const ClumObjectConstShPtr& i_sender);
+  static ClumNotificationShPtr create(unsigned int i_id, const ShPtr<const void>& i_sender);
   /// The id of a notification: a hash of the two names, the same in every run and on every machine.
   static unsigned int makeID(const std::string& i_className, const std::string& i_name);
 
   unsigned int id() const { return m_id; }
-  const ClumObjectConstShPtr& sender() const { return m_sender; }
+  /// The sending object, told by its address: a sender need not be a `ClumObject`.
+  const ShPtr<const void>& sender() const { return m_sender; }
 
   void value(const std::string& i_key, const ClumValue& i_value);
   /// @return an empty value if there is none under the key.
@@ -36,6 +37,6 @@ protected:
 
 private:
   unsigned int m_id;
-  ClumObjectConstShPtr m_sender;
+  ShPtr<const void> m_sender;
   std::vector<std::pair<std::string, ClumValue>> m_values;
 };

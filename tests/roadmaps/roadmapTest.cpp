@@ -243,7 +243,12 @@ protected:
 struct NoticeLog
 {
   std::vector<unsigned int> ids;
-  void hear(const ShPtr<const ClumNotification>& i_notification) { ids.push_back(i_notification->id()); }
+  std::vector<const void*> senders;
+  void hear(const ShPtr<const ClumNotification>& i_notification)
+  {
+    ids.push_back(i_notification->id());
+    senders.push_back(i_notification->sender().get());
+  }
 };
 } // namespace
 
@@ -363,6 +368,7 @@ TEST_F(Roadmap, TellsOfChangesButNotOfQuickRemovals)
   const CorvNodeShPtr b = newNode(1.0, 0.0);
   const CorvNodeShPtr c = newNode(2.0, 0.0);
   EXPECT_EQ(heard(), Ids(3, CorvRoadmap::DID_ADD_NODE));
+  EXPECT_EQ(log->senders, std::vector<const void*>(3, roadmap.get()));
   doubleLink(a, b);
   EXPECT_EQ(a->connectedComponent(), b->connectedComponent());
   EXPECT_EQ(roadmap->countConnectedComponents(), 2u);

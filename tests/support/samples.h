@@ -3,6 +3,7 @@
 #include "foundation/handles.h"
 #include "kinematics/handles.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,12 @@ struct SampleMaker
   const char* className;
   ClumCodableShPtr (*make)();
 };
+
+/// How a test names a sample.
+inline void PrintTo(const SampleMaker& i_maker, std::ostream* o_text)
+{
+  *o_text << i_maker.className;
+}
 
 /// One line a class.
 const std::vector<SampleMaker>& sampleMakers();
