@@ -42,9 +42,10 @@ bool ClumCollisionToolkit::canAsk(const ClumCollisionModel& i_a, const ClumMat4&
 }
 
 bool ClumCollisionToolkit::areTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB) const
+                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
+                                       ClumTrianglePair* io_pair) const
 {
-  return !canAsk(i_a, i_poseA, i_b, i_poseB) || doAreTouching(i_a, i_poseA, i_b, i_poseB);
+  return !canAsk(i_a, i_poseA, i_b, i_poseB) || doAreTouching(i_a, i_poseA, i_b, i_poseB, io_pair);
 }
 
 ClumDistanceResult ClumCollisionToolkit::boundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
@@ -59,16 +60,17 @@ ClumDistanceResult ClumCollisionToolkit::boundedDistance(const ClumCollisionMode
 }
 
 ClumDistanceResult ClumCollisionToolkit::exactDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB) const
+                                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
+                                                       const ClumDistanceResult* i_hint) const
 {
-  return boundedDistance(i_a, i_poseA, i_b, i_poseB, std::numeric_limits<double>::infinity());
+  return boundedDistance(i_a, i_poseA, i_b, i_poseB, std::numeric_limits<double>::infinity(), 0.0, 0.0, i_hint);
 }
 
 lmStatus ClumCollisionToolkit::penetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                            const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
-                                           double& o_depth) const
+                                           double& o_depth, ClumVect3& o_direction) const
 {
   if (!canAsk(i_a, i_poseA, i_b, i_poseB))
     return PENETRATION_UNSUPPORTED_ERROR;
-  return doPenetration(i_a, i_poseA, i_b, i_poseB, o_depth);
+  return doPenetration(i_a, i_poseA, i_b, i_poseB, o_depth, o_direction);
 }

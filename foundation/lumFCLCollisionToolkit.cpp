@@ -475,18 +475,19 @@ public:
   bool isContact() const { return m_best <= m_pair.sweep + m_pair.slack; }
   double lower() const { return std::min(m_best, m_passedOver); }
   double best() const { return m_best; }
+  /// From the point found on a to that on b, in the coordinates of a.
+  ClumVect3 direction() const { return (m_onB - m_onA).normalized(); }
 
   /// Writes the two points of the swept shapes, in world coordinates.
   void writePoints(ClumDistanceResult& o_result) const
   {
     if (m_best == FCL_INFINITY)
       return;
-    const ClumVect3 direction = (m_onB - m_onA).normalized();
     o_result.hasPoints = true;
     o_result.triangleA = m_triangleA;
     o_result.triangleB = m_triangleB;
-    o_result.pointA = m_pair.poseA * ClumPoint3(m_onA + direction * m_pair.a.sweep());
-    o_result.pointB = m_pair.poseA * ClumPoint3(m_onB - direction * m_pair.b.sweep());
+    o_result.pointA = m_pair.poseA * ClumPoint3(m_onA + direction() * m_pair.a.sweep());
+    o_result.pointB = m_pair.poseA * ClumPoint3(m_onB - direction() * m_pair.b.sweep());
   }
 
 private:
@@ -604,8 +605,11 @@ bool areFclTrianglesTouching(const CFclPair& i_pair, std::size_t i_a, std::size_
   return lumTriangleDistance(face, corners, onA, onB) <= reach;
 }
 
-bool areFclSurfacesTouching(const CFclPair& i_pair)
+bool areFclSurfacesTouching(const CFclPair& i_pair, ClumTrianglePair* io_touching)
 {
+  if (io_touching && io_touching->a < i_pair.a.countTriangles() && io_touching->b < i_pair.b.countTriangles() &&
+      areFclTrianglesTouching(i_pair, io_touching->a, io_touching->b))
+    return true;
   const std::vector<CFclBoxNode>& boxesA = i_pair.a.boxes();
   const std::vector<CFclBoxNode>& boxesB = i_pair.b.boxes();
   boost::container::small_vector<std::pair<int, int>, 128> stack;
@@ -618,9 +622,13 @@ bool areFclSurfacesTouching(const CFclPair& i_pair)
       continue;
     if (boxesA[a].isLeaf() && boxesB[b].isLeaf())
     {
-      if (areFclTrianglesTouching(i_pair, boxesA[a].triangle(), boxesB[b].triangle()))
-        return true;
-      continue;
+      const ClumTrianglePair met = {static_cast<unsigned int>(boxesA[a].triangle()),
+                                    static_cast<unsigned int>(boxesB[b].triangle())};
+      if (!areFclTrianglesTouching(i_pair, met.a, met.b))
+        continue;
+      if (io_touching)
+        *io_touching = met;
+      return true;
     }
     splitFclPair(boxesA, boxesB, a, b,
                  [&](int a1, int b1, int a2, int b2)
@@ -702,12 +710,13 @@ ClumCollisionModelConstShPtr ClumFCLCollisionToolkit::makeJoinedModel(const std:
 }
 
 bool ClumFCLCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                            const ClumCollisionModel& i_b, const ClumMat4& i_poseB) const
+                                            const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
+                                            ClumTrianglePair* io_pair) const
 {
   const CFclPair pair(i_a, i_poseA, i_b, i_poseB);
   if (pair.ballGap() > pair.slack)
     return false;
-  return areFclSurfacesTouching(pair) || pair.isNested();
+  return areFclSurfacesTouching(pair, io_pair) || pair.isNested();
 }
 
 void ClumFCLCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
@@ -736,7 +745,7 @@ void ClumFCLCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, c
 
 lmStatus ClumFCLCollisionToolkit::doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                                 const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
-                                                double& o_depth) const
+                                                double& o_depth, ClumVect3& o_direction) const
 {
   const CFclPair pair(i_a, i_poseA, i_b, i_poseB);
   CFclDistanceSearch search(pair, FCL_INFINITY, 0.0, 0.0);
@@ -745,6 +754,7 @@ lmStatus ClumFCLCollisionToolkit::doPenetration(const ClumCollisionModel& i_a, c
   if (!search.isContact() && !isNested)
   {
     o_depth = 0.0;
+    o_direction = ClumVect3();
     return lmStatus();
   }
   if (!pair.a.isConvex() || !pair.b.isConvex() || isNested)
@@ -755,5 +765,6 @@ lmStatus ClumFCLCollisionToolkit::doPenetration(const ClumCollisionModel& i_a, c
   if (inner.best() <= pair.slack)
     return PENETRATION_UNSUPPORTED_ERROR;
   o_depth = std::max(0.0, pair.sweep - inner.best());
+  o_direction = i_poseA * inner.direction();
   return lmStatus();
 }

@@ -52,8 +52,9 @@ void measureLeafPair(const ClumCollisionToolkit& i_toolkit, CorvBody::EDistanceC
   {
     io_result.isTouching = true;
     double depth = 0.0;
+    ClumVect3 wayOut;
     if (i_method == CorvBody::PENETRATION_DISTANCE &&
-        i_toolkit.penetration(i_a, i_poseA, i_b, i_poseB, depth).succeeded())
+        i_toolkit.penetration(i_a, i_poseA, i_b, i_poseB, depth, wayOut).succeeded())
       distance = -depth;
   }
   if (distance >= io_result.distance)

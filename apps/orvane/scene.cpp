@@ -174,8 +174,11 @@ std::string PlanScene::contactWith(std::size_t i_obstacle, const ClumMat4& i_pos
   if (!part || !obstacle || !toolkit.areTouching(*part, i_pose, *obstacle, ClumMat4()))
     return std::string();
   std::string text = "the part touches " + m_obstacleNames[i_obstacle];
+  // The way out is told for the part, which is asked about second.
   double depth = 0.0;
-  if (toolkit.penetration(*part, i_pose, *obstacle, ClumMat4(), depth).succeeded())
-    text += formatted(", %g deep", depth);
+  ClumVect3 wayOut;
+  if (toolkit.penetration(*obstacle, ClumMat4(), *part, i_pose, depth, wayOut).succeeded())
+    text += formatted(", at most %g deep: it gets clear by a move along (%.3g, %.3g, %.3g)", depth, wayOut.x(),
+                      wayOut.y(), wayOut.z());
   return text;
 }

@@ -10,10 +10,19 @@
 
 struct ClumPlacedLeaf;
 
+/// A triangle of each of two models, by their ranks there: where a query looks first, or what it found.
+struct ClumTrianglePair
+{
+  static constexpr unsigned int NO_TRIANGLE = ~0u;
+
+  unsigned int a = NO_TRIANGLE;
+  unsigned int b = NO_TRIANGLE;
+};
+
 /// The answer to a distance query.
 struct ClumDistanceResult
 {
-  static constexpr unsigned int NO_TRIANGLE = ~0u;
+  static constexpr unsigned int NO_TRIANGLE = ClumTrianglePair::NO_TRIANGLE;
 
   double lower = 0.0;     ///< the true distance is at least this: always sound; 0 for a contact
   double upper = 0.0;     ///< the distance of two points that were found, or infinity if none were needed
@@ -52,8 +61,10 @@ public:
   /// numbered through, in the order given. @return null if the toolkit cannot join these shapes.
   virtual ClumCollisionModelConstShPtr makeJoinedModel(const std::vector<ClumPlacedLeaf>& i_leaves) const = 0;
 
+  /// @param io_pair two triangles to look at first, in any poses; may be null or empty. Where two triangles touch, they
+  ///   are written here; a contact without any (one shape inside the other) leaves it as it was.
   bool areTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
-                   const ClumMat4& i_poseB) const;
+                   const ClumMat4& i_poseB, ClumTrianglePair* io_pair = nullptr) const;
 
   /// A lower bound of the distance, as good as asked for.
   ///
@@ -69,13 +80,16 @@ public:
                                      const ClumDistanceResult* i_hint = nullptr) const;
 
   /// The distance with the two nearest points; 0 for a contact.
+  /// @param i_hint as for `boundedDistance`.
   ClumDistanceResult exactDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                   const ClumCollisionModel& i_b, const ClumMat4& i_poseB) const;
+                                   const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
+                                   const ClumDistanceResult* i_hint = nullptr) const;
 
-  /// The length of the shortest translation that parts the two; 0 if they do not overlap.
-  /// @return PENETRATION_UNSUPPORTED_ERROR if the toolkit cannot tell it for this pair.
+  /// How far the second must be moved to part the two, and where to: by `o_depth` along `o_direction`, a unit vector in
+  /// world coordinates. There may be a shorter way out. Both are 0 if the two are apart.
+  /// @return PENETRATION_UNSUPPORTED_ERROR if the toolkit cannot tell it for this pair; nothing is written then.
   lmStatus penetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
-                       const ClumMat4& i_poseB, double& o_depth) const;
+                       const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const;
 
   /// The queries made so far, of all kinds.
   std::uint64_t countQueries() const { return m_countQueries.load(std::memory_order_relaxed); }
@@ -87,12 +101,12 @@ protected:
 
   // The queries, with models of this toolkit's kind and finite poses.
   virtual bool doAreTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
-                             const ClumMat4& i_poseB) const = 0;
+                             const ClumMat4& i_poseB, ClumTrianglePair* io_pair) const = 0;
   virtual void doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                                  const ClumMat4& i_poseB, double i_cap, double i_relativeAccuracy, double i_stopBelow,
                                  const ClumDistanceResult* i_hint, ClumDistanceResult& o_result) const = 0;
   virtual lmStatus doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
-                                 const ClumMat4& i_poseB, double& o_depth) const = 0;
+                                 const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const = 0;
 
 private:
   bool canAsk(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,

@@ -479,7 +479,9 @@ TEST(CollisionToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
   const ClumFCLCollisionToolkitShPtr toolkit = ClumFCLCollisionToolkit::create();
   const auto depth = [&](const ClumLeafGeometryShPtr& a, const ClumLeafGeometryShPtr& b, const ClumMat4& pose,
                          double& o_depth) {
-    return toolkit->penetration(*a->collisionModel(*toolkit), ClumMat4(), *b->collisionModel(*toolkit), pose, o_depth);
+    ClumVect3 direction;
+    return toolkit->penetration(*a->collisionModel(*toolkit), ClumMat4(), *b->collisionModel(*toolkit), pose, o_depth,
+                                direction);
   };
   const ClumSphereShPtr ball = ClumSphere::create(0.5);
   const ClumCapsuleShPtr capsule = ClumCapsule::create(0.25, 2.0);
