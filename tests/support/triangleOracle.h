@@ -5,129 +5,227 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
-// Slow and plain answers in long double, against which the collision toolkit is tested.
+// Slow and plain answers in extended precision, against which the collision toolkits are tested. They are written for
+// any type of number: `long double` for everyday shapes, `Exact` for degenerate ones.
 
 namespace oracle
 {
 using Real = long double;
+#ifdef __SIZEOF_FLOAT128__
+__extension__ typedef __float128 Exact;
+#else
+using Exact = long double;
+#endif
 
-struct Vector
+template <class R>
+R root(R i_x)
 {
-  Real x = 0, y = 0, z = 0;
-  Vector() = default;
-  Vector(Real i_x, Real i_y, Real i_z) : x(i_x), y(i_y), z(i_z) {}
-  explicit Vector(const ClumVect3& i_v) : x(i_v.x()), y(i_v.y()), z(i_v.z()) {}
-  Vector operator+(const Vector& o) const { return {x + o.x, y + o.y, z + o.z}; }
-  Vector operator-(const Vector& o) const { return {x - o.x, y - o.y, z - o.z}; }
-  Vector operator*(Real f) const { return {x * f, y * f, z * f}; }
-  Real dot(const Vector& o) const { return x * o.x + y * o.y + z * o.z; }
-  Vector cross(const Vector& o) const { return {y * o.z - z * o.y, z * o.x - x * o.z, x * o.y - y * o.x}; }
-  Real norm() const { return std::sqrt(dot(*this)); }
-};
-
-struct Triangle
-{
-  Vector corners[3];
-};
-
-inline Real pointSegment(const Vector& i_p, const Vector& i_a, const Vector& i_b)
-{
-  const Vector ab = i_b - i_a;
-  const Real length = ab.dot(ab);
-  const Real t = length > 0 ? std::clamp<Real>((i_p - i_a).dot(ab) / length, 0, 1) : 0;
-  return (i_p - (i_a + ab * t)).norm();
+  // A Newton step doubles the digits of the built-in root.
+  const R y = static_cast<R>(std::sqrt(static_cast<Real>(i_x)));
+  return std::is_same<R, Real>::value || !(y > 0) ? y : (y + i_x / y) / 2;
 }
 
-/// Distance of a point from a triangle: over the face if it projects into it, else to the edges.
-inline Real pointTriangle(const Vector& i_p, const Triangle& i_t)
+template <class R>
+R absolute(R i_x)
 {
-  const Vector* c = i_t.corners;
-  Real best = std::min({pointSegment(i_p, c[0], c[1]), pointSegment(i_p, c[1], c[2]), pointSegment(i_p, c[2], c[0])});
-  const Vector n = (c[1] - c[0]).cross(c[2] - c[0]);
-  if (n.norm() == 0)
-    return best;
+  return i_x < 0 ? -i_x : i_x;
+}
+
+template <class R>
+struct BasicVector
+{
+  R x = 0, y = 0, z = 0;
+  BasicVector() = default;
+  BasicVector(R i_x, R i_y, R i_z) : x(i_x), y(i_y), z(i_z) {}
+  explicit BasicVector(const ClumVect3& i_v) : x(i_v.x()), y(i_v.y()), z(i_v.z()) {}
+  BasicVector operator+(const BasicVector& o) const { return {x + o.x, y + o.y, z + o.z}; }
+  BasicVector operator-(const BasicVector& o) const { return {x - o.x, y - o.y, z - o.z}; }
+  BasicVector operator*(R f) const { return {x * f, y * f, z * f}; }
+  R dot(const BasicVector& o) const { return x * o.x + y * o.y + z * o.z; }
+  BasicVector cross(const BasicVector& o) const { return {y * o.z - z * o.y, z * o.x - x * o.z, x * o.y - y * o.x}; }
+  R norm() const { return root(dot(*this)); }
+};
+
+template <class R>
+struct BasicTriangle
+{
+  BasicVector<R> corners[3];
+};
+
+using Vector = BasicVector<Real>;
+using Triangle = BasicTriangle<Real>;
+
+/// Keeps a parameter from being deduced, so that it may be given in braces.
+template <class T>
+struct Same
+{
+  using type = T;
+};
+template <class R>
+using AlsoVector = typename Same<BasicVector<R>>::type;
+template <class R>
+using AlsoTriangle = typename Same<BasicTriangle<R>>::type;
+
+// Squares of distances, so that roots are drawn once.
+
+template <class R>
+R pointSegmentSquare(const BasicVector<R>& i_p, const AlsoVector<R>& i_a, const AlsoVector<R>& i_b)
+{
+  const BasicVector<R> ab = i_b - i_a, ap = i_p - i_a;
+  const R along = ap.dot(ab), length = ab.dot(ab);
+  const BasicVector<R> rest = along <= 0 ? ap : along >= length ? i_p - i_b : ap - ab * (along / length);
+  return rest.dot(rest);
+}
+
+/// To the face, if the point projects into it; infinite otherwise.
+template <class R>
+R pointFaceSquare(const BasicVector<R>& i_p, const AlsoTriangle<R>& i_t)
+{
+  const BasicVector<R>* c = i_t.corners;
+  const BasicVector<R> n = (c[1] - c[0]).cross(c[2] - c[0]);
   for (int k = 0; k < 3; ++k)
     if (n.cross(c[(k + 1) % 3] - c[k]).dot(i_p - c[k]) < 0)
-      return best;
-  return std::min(best, std::fabs(n.dot(i_p - c[0])) / n.norm());
+      return R(HUGE_VALL);
+  const R nn = n.dot(n), height = n.dot(i_p - c[0]);
+  return nn > 0 ? height * height / nn : R(HUGE_VALL);
 }
 
-/// The least of the four end distances and, where both feet lie within, the distance of the lines.
-inline Real segmentSegment(const Vector& i_a, const Vector& i_b, const Vector& i_c, const Vector& i_d)
+/// Of the insides of two segments, if the feet of the lines lie within; infinite otherwise.
+template <class R>
+R insideSegmentsSquare(const BasicVector<R>& i_a, const AlsoVector<R>& i_b, const AlsoVector<R>& i_c,
+                       const AlsoVector<R>& i_d)
 {
-  Real best = std::min({pointSegment(i_a, i_c, i_d), pointSegment(i_b, i_c, i_d), pointSegment(i_c, i_a, i_b),
-                        pointSegment(i_d, i_a, i_b)});
-  const Vector u = i_b - i_a, v = i_d - i_c, r = i_c - i_a, n = u.cross(v);
-  const Real nn = n.dot(n);
-  if (nn == 0)
-    return best;
-  const Real s = r.cross(v).dot(n) / nn, t = r.cross(u).dot(n) / nn;
-  if (s < 0 || s > 1 || t < 0 || t > 1)
-    return best;
-  return std::min(best, std::fabs(r.dot(n)) / std::sqrt(nn));
+  const BasicVector<R> u = i_b - i_a, v = i_d - i_c, r = i_c - i_a, n = u.cross(v);
+  const R nn = n.dot(n);
+  const R s = r.cross(v).dot(n), t = r.cross(u).dot(n);
+  if (!(nn > 0) || s < 0 || s > nn || t < 0 || t > nn)
+    return R(HUGE_VALL);
+  const R height = r.dot(n);
+  return height * height / nn;
+}
+
+template <class R>
+R pointSegment(const BasicVector<R>& i_p, const AlsoVector<R>& i_a, const AlsoVector<R>& i_b)
+{
+  return root(pointSegmentSquare(i_p, i_a, i_b));
+}
+
+template <class R>
+R pointTriangle(const BasicVector<R>& i_p, const AlsoTriangle<R>& i_t)
+{
+  R best = pointFaceSquare(i_p, i_t);
+  for (int k = 0; k < 3; ++k)
+    best = std::min(best, pointSegmentSquare(i_p, i_t.corners[k], i_t.corners[(k + 1) % 3]));
+  return root(best);
 }
 
 /// True if the segment pierces the triangle's inside.
-inline bool pierces(const Vector& i_a, const Vector& i_b, const Triangle& i_t)
+template <class R>
+bool pierces(const BasicVector<R>& i_a, const AlsoVector<R>& i_b, const AlsoTriangle<R>& i_t)
 {
-  const Vector* c = i_t.corners;
-  const Vector n = (c[1] - c[0]).cross(c[2] - c[0]);
-  const Real ha = n.dot(i_a - c[0]), hb = n.dot(i_b - c[0]);
-  if (ha * hb > 0 || ha == hb)
+  const BasicVector<R>* c = i_t.corners;
+  const BasicVector<R> n = (c[1] - c[0]).cross(c[2] - c[0]);
+  const R ha = n.dot(i_a - c[0]), hb = n.dot(i_b - c[0]);
+  if ((ha > 0 && hb > 0) || (ha < 0 && hb < 0) || ha == hb)
     return false;
-  const Vector x = i_a + (i_b - i_a) * (ha / (ha - hb));
+  const BasicVector<R> x = i_a + (i_b - i_a) * (ha / (ha - hb));
   for (int k = 0; k < 3; ++k)
     if (n.cross(c[(k + 1) % 3] - c[k]).dot(x - c[k]) < 0)
       return false;
   return true;
 }
 
-inline Real triangleTriangle(const Triangle& i_s, const Triangle& i_t)
+/// Corners against edges and faces, edges against edges, and 0 where an edge pierces a face.
+template <class R>
+R triangleTriangle(const BasicTriangle<R>& i_s, const AlsoTriangle<R>& i_t)
 {
-  Real best = pointTriangle(i_s.corners[0], i_t);
+  const BasicVector<R>*s = i_s.corners, *t = i_t.corners;
+  R best = R(HUGE_VALL);
   for (int i = 0; i < 3; ++i)
   {
-    const Vector& a = i_s.corners[i];
-    const Vector& b = i_s.corners[(i + 1) % 3];
-    best = std::min({best, pointTriangle(a, i_t), pointTriangle(i_t.corners[i], i_s)});
-    if (pierces(a, b, i_t) || pierces(i_t.corners[i], i_t.corners[(i + 1) % 3], i_s))
+    if (pierces(s[i], s[(i + 1) % 3], i_t) || pierces(t[i], t[(i + 1) % 3], i_s))
       return 0;
+    best = std::min({best, pointFaceSquare(s[i], i_t), pointFaceSquare(t[i], i_s)});
     for (int j = 0; j < 3; ++j)
-      best = std::min(best, segmentSegment(a, b, i_t.corners[j], i_t.corners[(j + 1) % 3]));
+      best =
+        std::min({best, pointSegmentSquare(s[i], t[j], t[(j + 1) % 3]), pointSegmentSquare(t[i], s[j], s[(j + 1) % 3]),
+                  insideSegmentsSquare(s[i], s[(i + 1) % 3], t[j], t[(j + 1) % 3])});
   }
-  return best;
+  return root(best);
 }
 
-inline std::vector<Triangle> placed(const ClumLeafGeometry& i_leaf, const ClumMat4& i_pose)
+template <class R>
+std::vector<BasicTriangle<R>> placedAs(const ClumLeafGeometry& i_leaf, const ClumMat4& i_pose)
 {
   ClumSweptTriangles shape;
   i_leaf.getSweptTriangles(shape);
-  std::vector<Triangle> triangles;
+  std::vector<BasicTriangle<R>> triangles;
   for (const auto& t : shape.triangles)
   {
-    Triangle triangle;
+    BasicTriangle<R> triangle;
     for (int k = 0; k < 3; ++k)
     {
       const ClumPoint3& p = shape.vertices[t[k]];
-      Real x[3];
+      R x[3];
       for (unsigned int r = 0; r < 3; ++r)
-        x[r] = Real(i_pose(r, 0)) * p.x() + Real(i_pose(r, 1)) * p.y() + Real(i_pose(r, 2)) * p.z() + i_pose(r, 3);
-      triangle.corners[k] = Vector(x[0], x[1], x[2]);
+        x[r] = R(i_pose(r, 0)) * p.x() + R(i_pose(r, 1)) * p.y() + R(i_pose(r, 2)) * p.z() + i_pose(r, 3);
+      triangle.corners[k] = BasicVector<R>(x[0], x[1], x[2]);
     }
     triangles.push_back(triangle);
   }
   return triangles;
 }
 
-/// The distance of two surfaces, over all pairs of triangles.
-inline Real surfaceDistance(const std::vector<Triangle>& i_a, const std::vector<Triangle>& i_b)
+inline std::vector<Triangle> placed(const ClumLeafGeometry& i_leaf, const ClumMat4& i_pose)
 {
-  Real best = HUGE_VALL;
-  for (const Triangle& s : i_a)
-    for (const Triangle& t : i_b)
-      best = std::min(best, triangleTriangle(s, t));
+  return placedAs<Real>(i_leaf, i_pose);
+}
+
+/// A ball around each triangle.
+template <class R>
+std::vector<std::pair<BasicVector<R>, R>> ballsOf(const std::vector<BasicTriangle<R>>& i_triangles)
+{
+  std::vector<std::pair<BasicVector<R>, R>> balls;
+  for (const BasicTriangle<R>& t : i_triangles)
+  {
+    const BasicVector<R> center = (t.corners[0] + t.corners[1] + t.corners[2]) * (R(1) / 3);
+    R radius = 0;
+    for (const BasicVector<R>& corner : t.corners)
+      radius = std::max(radius, (corner - center).norm());
+    balls.emplace_back(center, radius);
+  }
+  return balls;
+}
+
+/// The distance of two surfaces, over all pairs of triangles but those whose balls are farther apart than what was
+/// found.
+template <class R>
+R surfaceDistance(const std::vector<BasicTriangle<R>>& i_a,
+                  const typename Same<std::vector<BasicTriangle<R>>>::type& i_b)
+{
+  const auto ballsA = ballsOf(i_a), ballsB = ballsOf<R>(i_b);
+  const auto gap = [&](std::size_t i, std::size_t j)
+  { return (ballsA[i].first - ballsB[j].first).norm() - ballsA[i].second - ballsB[j].second; };
+  // A good start makes most pairs short.
+  R nearest = R(HUGE_VALL), best = R(HUGE_VALL);
+  std::vector<R> gaps;
+  for (std::size_t i = 0; i < i_a.size(); ++i)
+    for (std::size_t j = 0; j < i_b.size(); ++j)
+    {
+      gaps.push_back(gap(i, j));
+      if (gaps.back() < nearest)
+      {
+        nearest = gaps.back();
+        best = std::min(best, triangleTriangle(i_a[i], i_b[j]));
+      }
+    }
+  for (std::size_t k = 0; k < gaps.size() && best > 0; ++k)
+    if (gaps[k] <= best * (1 + R(1e-9)) + R(1e-9) * ballsA[0].second)
+      best = std::min(best, triangleTriangle(i_a[k / i_b.size()], i_b[k % i_b.size()]));
   return best;
 }
 
