@@ -56,10 +56,10 @@ ClumCollisionModelConstShPtr CTimedToolkit::makeJoinedModel(const std::vector<Cl
 }
 
 bool CTimedToolkit::doAreTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
-                                  const ClumMat4& i_poseB) const
+                                  const ClumMat4& i_poseB, ClumTrianglePair* io_pair) const
 {
   const CTimedCall call(m_seconds);
-  return m_inner->areTouching(i_a, i_poseA, i_b, i_poseB);
+  return m_inner->areTouching(i_a, i_poseA, i_b, i_poseB, io_pair);
 }
 
 void CTimedToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
@@ -72,7 +72,8 @@ void CTimedToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumM
 }
 
 lmStatus CTimedToolkit::doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                      const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const
+                                      const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double& o_depth,
+                                      ClumVect3& o_direction) const
 {
   const CTimedCall call(m_seconds);
   return m_inner->penetration(i_a, i_poseA, i_b, i_poseB, o_depth, o_direction);

@@ -178,7 +178,7 @@ std::string PlanScene::contactWith(std::size_t i_obstacle, const ClumMat4& i_pos
   double depth = 0.0;
   ClumVect3 wayOut;
   if (toolkit.penetration(*obstacle, ClumMat4(), *part, i_pose, depth, wayOut).succeeded())
-    text += formatted(", at most %g deep: it gets clear by a move along (%.3g, %.3g, %.3g)", depth, wayOut.x(),
-                      wayOut.y(), wayOut.z());
+    text += formatted(", at most %g deep: it gets clear along (", depth) + formatted("%.3g, ", wayOut.x()) +
+            formatted("%.3g, ", wayOut.y()) + formatted("%.3g)", wayOut.z());
   return text;
 }
