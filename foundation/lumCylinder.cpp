@@ -1,16 +1,11 @@
 #include "foundation/lumCylinder.h"
 
-#include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumShapeCircle.h"
 
 LUM_DESCRIBE(ClumCylinder)
 {
   i_class.creates("(double i_radius, double i_height)", &Self::create);
-}
-
-ClumCylinder::ClumCylinder(double i_radius, double i_height) : m_radius(i_radius), m_height(i_height)
-{
 }
 
 ClumCylinder::~ClumCylinder() = default;
@@ -30,33 +25,14 @@ ClumGeometryShPtr ClumCylinder::clone() const
   return createCopy(self());
 }
 
-lmStatus ClumCylinder::init(const ClumCylinderWkPtr& i_weakPtr)
-{
-  const lmStatus status = ClumLeafGeometry::init(i_weakPtr);
-  if (status.failed())
-    return status;
-  return areSizesSound() ? status : lmStatus(lmStatus::FAILURE);
-}
-
-bool ClumCylinder::areSizesSound() const
-{
-  return std::isfinite(m_radius + m_height) && m_radius > 0.0 && m_height > 0.0;
-}
-
-void ClumCylinder::getBoundingBox(ClumPoint3& o_lowest, ClumPoint3& o_highest) const
-{
-  o_highest = ClumPoint3(m_radius, m_radius, 0.5 * m_height);
-  o_lowest = ClumPoint3(-o_highest.toVect3());
-}
-
 void ClumCylinder::getSweptTriangles(ClumSweptTriangles& o_shape) const
 {
   const unsigned int n = LUM_CIRCLE_SIDES;
   o_shape = ClumSweptTriangles();
-  lumAppendCircumscribed(m_radius, -0.5 * m_height, n, o_shape.vertices);
-  lumAppendCircumscribed(m_radius, 0.5 * m_height, n, o_shape.vertices);
-  o_shape.vertices.emplace_back(0.0, 0.0, -0.5 * m_height);
-  o_shape.vertices.emplace_back(0.0, 0.0, 0.5 * m_height);
+  lumAppendCircumscribed(radius(), -0.5 * height(), n, o_shape.vertices);
+  lumAppendCircumscribed(radius(), 0.5 * height(), n, o_shape.vertices);
+  o_shape.vertices.emplace_back(0.0, 0.0, -0.5 * height());
+  o_shape.vertices.emplace_back(0.0, 0.0, 0.5 * height());
   for (unsigned int i = 0; i < n; ++i)
   {
     const unsigned int j = (i + 1) % n;
@@ -65,29 +41,12 @@ void ClumCylinder::getSweptTriangles(ClumSweptTriangles& o_shape) const
     o_shape.triangles.push_back({2 * n, j, i});
     o_shape.triangles.push_back({2 * n + 1, n + i, n + j});
   }
-  o_shape.excess = lumCircumscribedExcess(m_radius, n);
+  o_shape.excess = lumCircumscribedExcess(radius(), n);
 }
 
 void ClumCylinder::makeEnclosure(std::vector<ClumPoint3>& o_points, double& o_radius) const
 {
-  lumAppendCircumscribed(m_radius, -0.5 * m_height, LUM_ENCLOSURE_SIDES, o_points);
-  lumAppendCircumscribed(m_radius, 0.5 * m_height, LUM_ENCLOSURE_SIDES, o_points);
+  lumAppendCircumscribed(radius(), -0.5 * height(), LUM_ENCLOSURE_SIDES, o_points);
+  lumAppendCircumscribed(radius(), 0.5 * height(), LUM_ENCLOSURE_SIDES, o_points);
   o_radius = 0.0;
-}
-
-void ClumCylinder::encodeWithCoder(const ClumCoderShPtr& i_coder) const
-{
-  ClumLeafGeometry::encodeWithCoder(i_coder);
-  i_coder->encodeDouble(m_radius, "radius");
-  i_coder->encodeDouble(m_height, "height");
-}
-
-lmStatus ClumCylinder::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
-{
-  const lmStatus status = ClumLeafGeometry::initWithCoder(i_coder, i_self);
-  if (status.failed())
-    return status;
-  m_radius = i_coder->decodeDouble("radius");
-  m_height = i_coder->decodeDouble("height");
-  return areSizesSound() ? status : lmStatus(lmStatus::FAILURE);
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "foundation/lumLeafGeometry.h"
+#include "foundation/lumTurnedSolid.h"
 
 /// A solid capsule along the z axis of its frame: all within `radius` of a segment of length `height` around the
 /// origin.
-class LUM_API ClumCapsule : public ClumLeafGeometry
+class LUM_API ClumCapsule : public ClumTurnedSolid
 {
-  LUM_CONCRETE(ClumCapsule, ClumLeafGeometry);
+  LUM_CONCRETE(ClumCapsule, ClumTurnedSolid);
 
 public:
   ~ClumCapsule() override;
@@ -15,24 +15,10 @@ public:
   static ClumCapsuleShPtr createCopy(const ClumCapsuleConstShPtr& i_objectToCopy);
   ClumGeometryShPtr clone() const override;
 
-  double radius() const { return m_radius; }
-  double height() const { return m_height; }
-
-  void getBoundingBox(ClumPoint3& o_lowest, ClumPoint3& o_highest) const override;
   void getSweptTriangles(ClumSweptTriangles& o_shape) const override;
 
-  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
-  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
-
 protected:
-  ClumCapsule() = default;
-  ClumCapsule(double i_radius, double i_height);
+  ClumCapsule() : ClumCapsule(1.0, 1.0) {}
+  ClumCapsule(double i_radius, double i_height) : ClumTurnedSolid(i_radius, i_height, true) {}
   ClumCapsule(const ClumCapsule& i_other) = default;
-  lmStatus init(const ClumCapsuleWkPtr& i_weakPtr);
-
-private:
-  bool areSizesSound() const;
-
-  double m_radius = 1.0;
-  double m_height = 1.0;
 };

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "foundation/lumLeafGeometry.h"
+#include "foundation/lumTurnedSolid.h"
 
 /// A solid cone along the z axis of its frame: the base at minus half its height, the apex at plus half of it.
 ///
 /// Collision tests take a pyramid of 256 sides around it, which reaches beyond it by 7.6e-5 of its radius.
-class LUM_API ClumCone : public ClumLeafGeometry
+class LUM_API ClumCone : public ClumTurnedSolid
 {
-  LUM_CONCRETE(ClumCone, ClumLeafGeometry);
+  LUM_CONCRETE(ClumCone, ClumTurnedSolid);
 
 public:
   ~ClumCone() override;
@@ -16,25 +16,11 @@ public:
   static ClumConeShPtr createCopy(const ClumConeConstShPtr& i_objectToCopy);
   ClumGeometryShPtr clone() const override;
 
-  double radius() const { return m_radius; }
-  double height() const { return m_height; }
-
-  void getBoundingBox(ClumPoint3& o_lowest, ClumPoint3& o_highest) const override;
   void getSweptTriangles(ClumSweptTriangles& o_shape) const override;
 
-  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
-  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
-
 protected:
-  ClumCone() = default;
-  ClumCone(double i_radius, double i_height);
+  ClumCone() : ClumCone(1.0, 1.0) {}
+  ClumCone(double i_radius, double i_height) : ClumTurnedSolid(i_radius, i_height, false) {}
   ClumCone(const ClumCone& i_other) = default;
-  lmStatus init(const ClumConeWkPtr& i_weakPtr);
   void makeEnclosure(std::vector<ClumPoint3>& o_points, double& o_radius) const override;
-
-private:
-  bool areSizesSound() const;
-
-  double m_radius = 1.0;
-  double m_height = 1.0;
 };
