@@ -20,6 +20,8 @@
 #include "kinematics/orvDof.h"
 #include "kinematics/orvJoint.h"
 #include "kinematics/orvKinematicalEffect.h"
+#include "metrics/orvMetric.h"
+#include "paths/orvSteeringMethod.h"
 #include "validation/orvValidatorCfgCollisionBase.h"
 #include "validation/orvValidatorDPCollision.h"
 #include "validation/orvValidatorDPComposite.h"
@@ -604,6 +606,11 @@ void CorvDevice::getObstacleGeometries(bool, std::vector<ClumGeometryShPtr>& o_g
   o_geometries.insert(o_geometries.end(), m_obstacleGeometries.begin(), m_obstacleGeometries.end());
 }
 
+void CorvDevice::getObstacleGeometries(bool, std::set<ClumGeometryShPtr>& o_geometries) const
+{
+  o_geometries.insert(m_obstacleGeometries.begin(), m_obstacleGeometries.end());
+}
+
 void CorvDevice::getObstacleGroups(bool, std::vector<ClumGeometryShPtr>& o_groups) const
 {
   if (m_obstacleGroup)
@@ -631,6 +638,12 @@ void CorvDevice::getMobileGeometries(bool, std::vector<ClumGeometryShPtr>& o_geo
   o_geometries.insert(o_geometries.end(), geometries.begin(), geometries.end());
 }
 
+void CorvDevice::getMobileGeometries(bool, std::set<ClumGeometryShPtr>& o_geometries) const
+{
+  const std::vector<ClumGeometryShPtr>& geometries = updateCache().mobileGeometries;
+  o_geometries.insert(geometries.begin(), geometries.end());
+}
+
 void CorvDevice::getMobileGroups(bool, std::vector<ClumGeometryShPtr>& o_groups) const
 {
   for (const CorvJointShPtr& joint : updateCache().joints)
@@ -638,13 +651,13 @@ void CorvDevice::getMobileGroups(bool, std::vector<ClumGeometryShPtr>& o_groups)
       o_groups.push_back(group);
 }
 
-bool CorvDevice::containsMobileGeometry(const std::vector<ClumGeometryShPtr>& i_geometries) const
+bool CorvDevice::containsMobileGeometry(const std::set<ClumGeometryShPtr>& i_geometries) const
 {
   return std::any_of(i_geometries.begin(), i_geometries.end(),
                      [this](const ClumGeometryShPtr& i_geometry) { return isMobileGeometry(i_geometry); });
 }
 
-bool CorvDevice::containsObstacleGeometry(const std::vector<ClumGeometryShPtr>& i_geometries) const
+bool CorvDevice::containsObstacleGeometry(const std::set<ClumGeometryShPtr>& i_geometries) const
 {
   return std::any_of(i_geometries.begin(), i_geometries.end(),
                      [this](const ClumGeometryShPtr& i_geometry) { return isObstacleGeometry(i_geometry); });
@@ -1121,6 +1134,9 @@ void CorvDevice::encodeWithCoder(const ClumCoderShPtr& i_coder) const
   i_coder->encodeObjectShPtr(m_configValidators, "configValidators");
   i_coder->encodeObjectShPtr(m_directPathValidators, "directPathValidators");
   i_coder->encodeObjectShPtr(m_pathValidators, "pathValidators");
+  // The space has its own reference to these two, from which they are read back.
+  i_coder->encodeObjectShPtr(steeringMethod(), "steeringMethod");
+  i_coder->encodeObjectShPtr(metric(), "metric");
   i_coder->encodeObjectShPtr(m_collisionToolkit, "collisionToolkit");
   i_coder->encodeObjectShPtr(m_innerScene, "innerScene");
   i_coder->encodeObjects(m_obstacleGeometries, "obstacleGeometries");

@@ -5,6 +5,7 @@
 #include "foundation/lumCollisionToolkit.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumGeometry.h"
+#include "foundation/lumObjectFilter.h"
 #include "foundation/lumScene.h"
 #include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvCSComposite.h"
@@ -124,11 +125,13 @@ lmStatus CorvJoint::init(const CorvJointWkPtr& i_weakPtr)
     return lmStatus::FAILURE;
   m_configSpace->joint(self());
   status = rebuildConfigSpace();
-  if (status.succeeded())
-  {
-    updateInitialPosition();
-    m_version = 0;
-  }
+  if (status.failed())
+    return status;
+  m_initialPosition = m_currentPosition;
+  m_initialPosition.repair();
+  computeEffect(m_currentEffectDofValues, m_effect);
+  m_currentPosition *= m_effect;
+  computeTransform(m_currentPosition, m_transform);
   return status;
 }
 
@@ -174,21 +177,19 @@ lmStatus CorvJoint::insertJoint(const CorvJointShPtr& i_joint, unsigned int i_ra
     holder->notifyCollisionSceneWillChange();
   m_childJoints.insert(m_childJoints.begin() + i_rank, i_joint);
   i_joint->parentJoint(CorvJointWkPtr(self()));
-  const lmStatus rebuilt = rebuildConfigSpace();
-  if (rebuilt.succeeded())
+  status = rebuildConfigSpaceOr(
+    [&]
+    {
+      m_childJoints.erase(m_childJoints.begin() + i_rank);
+      i_joint->parentJoint(CorvJointWkPtr());
+    });
+  if (status.succeeded())
   {
     // The new child keeps the frame in which it stands.
     i_joint->updateInitialPosition();
     didChangeStructure();
     if (holder)
       holder->jointAdded(i_joint);
-  }
-  else
-  {
-    m_childJoints.erase(m_childJoints.begin() + i_rank);
-    i_joint->parentJoint(CorvJointWkPtr());
-    LUM_ASSERT_SUCCESS(rebuildConfigSpace());
-    status.setWithReason(REBUILD_CONFIG_SPACE_ERROR, rebuilt);
   }
   if (holder)
     holder->notifyCollisionSceneDidChange();
@@ -243,20 +244,18 @@ lmStatus CorvJoint::removeJoint(const CorvJointShPtr& i_joint)
     holder->notifyCollisionSceneWillChange();
   m_childJoints.erase(found);
   child->parentJoint(CorvJointWkPtr());
-  lmStatus status = rebuildConfigSpace();
+  const lmStatus status = rebuildConfigSpaceOr(
+    [&]
+    {
+      m_childJoints.insert(m_childJoints.begin() + rank, child);
+      child->parentJoint(CorvJointWkPtr(self()));
+    });
   if (status.succeeded())
   {
     if (holder)
       holder->jointRemoved(child);
     child->updateInitialPosition();
     didChangeStructure();
-  }
-  else
-  {
-    m_childJoints.insert(m_childJoints.begin() + rank, child);
-    child->parentJoint(CorvJointWkPtr(self()));
-    LUM_ASSERT_SUCCESS(rebuildConfigSpace());
-    status.push(REBUILD_CONFIG_SPACE_ERROR);
   }
   if (holder)
     holder->notifyCollisionSceneDidChange();
@@ -297,6 +296,18 @@ void CorvJoint::fillJointVector(std::vector<CorvJointShPtr>& o_joints) const
   o_joints.push_back(self());
   for (const CorvJointShPtr& child : m_childJoints)
     child->fillJointVector(o_joints);
+}
+
+ClumObjectFilterShPtr CorvJoint::makeChildFilter() const
+{
+  const CorvJointConstWkPtr top(self());
+  const auto isBelow = [top](const ClumObject& i_object)
+  {
+    const CorvJoint* const joint = dynamic_cast<const CorvJoint*>(&i_object);
+    const CorvJointConstShPtr parent = top.lock();
+    return joint && parent && parent->isParentOf(joint->self());
+  };
+  return ClumCallbackObjectFilter(isBelow).clone();
 }
 
 const CorvJoint& CorvJoint::rootOfTree() const
@@ -588,15 +599,13 @@ lmStatus CorvJoint::replaceBody(const CorvBodyShPtr& i_body)
   notifyCollectionWillChange("mobileGeometries", COLLECTION_CHANGE, -1);
   dropBody();
   takeBody(after);
-  lmStatus status = rebuildConfigSpace();
-  if (status.failed())
-  {
-    dropBody();
-    takeBody(before);
-    LUM_ASSERT_SUCCESS(rebuildConfigSpace());
-    status.push(REBUILD_CONFIG_SPACE_ERROR);
-  }
-  else
+  const lmStatus status = rebuildConfigSpaceOr(
+    [&]
+    {
+      dropBody();
+      takeBody(before);
+    });
+  if (status.succeeded())
     didChangeStructure();
   notifyCollectionDidChange("mobileGeometries", COLLECTION_CHANGE, -1);
   notifyPropertyDidChange("attachedBody");
@@ -645,14 +654,8 @@ lmStatus CorvJoint::setKinematicalEffect(const CorvKinematicalEffectShPtr& i_eff
   const CorvKinematicalEffectShPtr before = m_kinematicalEffect;
   notifyPropertyWillChange("kinematicalEffect");
   m_kinematicalEffect = i_effect;
-  lmStatus status = rebuildConfigSpace();
-  if (status.failed())
-  {
-    m_kinematicalEffect = before;
-    LUM_ASSERT_SUCCESS(rebuildConfigSpace());
-    status.push(REBUILD_CONFIG_SPACE_ERROR);
-  }
-  else
+  const lmStatus status = rebuildConfigSpaceOr([&] { m_kinematicalEffect = before; });
+  if (status.succeeded())
   {
     updateInitialPosition();
     didChangeStructure();
@@ -667,14 +670,8 @@ lmStatus CorvJoint::customSubspace(const CorvConfigSpaceShPtr& i_space)
     return lmStatus();
   const CorvConfigSpaceShPtr before = m_customSubspace;
   m_customSubspace = i_space;
-  lmStatus status = rebuildConfigSpace();
-  if (status.failed())
-  {
-    m_customSubspace = before;
-    LUM_ASSERT_SUCCESS(rebuildConfigSpace());
-    status.push(REBUILD_CONFIG_SPACE_ERROR);
-  }
-  else
+  const lmStatus status = rebuildConfigSpaceOr([&] { m_customSubspace = before; });
+  if (status.succeeded())
     didChangeStructure();
   return status;
 }
@@ -695,6 +692,19 @@ lmStatus CorvJoint::rebuildConfigSpace()
   for (auto it = parts.begin(); it != parts.end() && status.succeeded(); ++it)
     status = m_configSpace->appendSubspace(*it);
   invalidateCurrentConfig();
+  return status;
+}
+
+/// Rebuilds the space after a change, or takes the change back by `i_restore`.
+template <class RESTORE>
+lmStatus CorvJoint::rebuildConfigSpaceOr(RESTORE i_restore)
+{
+  lmStatus status = rebuildConfigSpace();
+  if (status.succeeded())
+    return status;
+  i_restore();
+  LUM_ASSERT_SUCCESS(rebuildConfigSpace());
+  status.push(REBUILD_CONFIG_SPACE_ERROR);
   return status;
 }
 
@@ -906,12 +916,17 @@ void CorvJoint::moveFrames(const ClumMat4& i_motion)
   currentPositionDidChange();
 }
 
+ClumMat4 CorvJoint::frameOnAxis(ClumMat4::EBaseVector i_baseVector, const ClumVect3& i_axis, const ClumVect3& i_origin)
+{
+  ClumMat4 frame;
+  frame.setAsFrameWithBaseVectorAxis(i_baseVector, i_axis);
+  frame.setTranslation(i_origin);
+  return frame;
+}
+
 void CorvJoint::setCurrentBaseVectorAxis(ClumMat4::EBaseVector i_baseVector, const ClumVect3& i_axis)
 {
-  ClumMat4 position;
-  position.setAsFrameWithBaseVectorAxis(i_baseVector, i_axis);
-  position.setTranslation(m_currentPosition.translation());
-  setCurrentPosition(position);
+  setCurrentPosition(frameOnAxis(i_baseVector, i_axis, m_currentPosition.translation()));
 }
 
 void CorvJoint::setCurrentCenter(const ClumVect3& i_center)
@@ -1191,9 +1206,9 @@ void CorvJoint::didChange()
   notifyPropertyWillChange("version");
   ++m_version;
   m_isMaxSweepValid = false;
+  notifyPropertyDidChange("version");
   if (const CorvJointShPtr parent = parentJoint())
     parent->didChange();
-  notifyPropertyDidChange("version");
 }
 
 void CorvJoint::didChangeStructure()
@@ -1203,10 +1218,10 @@ void CorvJoint::didChangeStructure()
   ++m_version;
   ++m_structuralVersion;
   m_isMaxSweepValid = false;
-  if (const CorvJointShPtr parent = parentJoint())
-    parent->didChangeStructure();
   notifyPropertyDidChange("structuralVersion");
   notifyPropertyDidChange("version");
+  if (const CorvJointShPtr parent = parentJoint())
+    parent->didChangeStructure();
 }
 
 void CorvJoint::invalidateCurrentConfig()

@@ -4,17 +4,6 @@
 #include "foundation/lumDescribe.h"
 #include "kinematics/orvKERotate.h"
 
-namespace
-{
-ClumMat4 rotationFrameOnAxis(const ClumVect3& i_center, const ClumVect3& i_axis, ClumMat4::EBaseVector i_baseVector)
-{
-  ClumMat4 frame;
-  frame.setAsFrameWithBaseVectorAxis(i_baseVector, i_axis);
-  frame.setTranslation(i_center);
-  return frame;
-}
-} // namespace
-
 LUM_DESCRIBE(CorvJointRotation)
 {
   i_class.creates("(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)",
@@ -49,7 +38,7 @@ CorvJointRotationShPtr CorvJointRotation::create(double i_value, const ClumMat4&
 CorvJointRotationShPtr CorvJointRotation::create(double i_value, const ClumVect3& i_center, const ClumVect3& i_axis,
                                                  ClumMat4::EBaseVector i_baseVector)
 {
-  return create(i_value, rotationFrameOnAxis(i_center, i_axis, i_baseVector), i_baseVector);
+  return create(i_value, frameOnAxis(i_baseVector, i_axis, i_center), i_baseVector);
 }
 
 CorvJointRotationShPtr CorvJointRotation::createCopy(const CorvJointRotationConstShPtr& i_objectToCopy)

@@ -4,17 +4,6 @@
 #include "foundation/lumDescribe.h"
 #include "kinematics/orvKETranslate.h"
 
-namespace
-{
-ClumMat4 translationFrameOnAxis(const ClumVect3& i_center, const ClumVect3& i_axis, ClumMat4::EBaseVector i_baseVector)
-{
-  ClumMat4 frame;
-  frame.setAsFrameWithBaseVectorAxis(i_baseVector, i_axis);
-  frame.setTranslation(i_center);
-  return frame;
-}
-} // namespace
-
 LUM_DESCRIBE(CorvJointTranslation)
 {
   i_class.creates("(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)",
@@ -49,7 +38,7 @@ CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const Clu
 CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const ClumVect3& i_center,
                                                        const ClumVect3& i_axis, ClumMat4::EBaseVector i_baseVector)
 {
-  return create(i_value, translationFrameOnAxis(i_center, i_axis, i_baseVector), i_baseVector);
+  return create(i_value, frameOnAxis(i_baseVector, i_axis, i_center), i_baseVector);
 }
 
 CorvJointTranslationShPtr CorvJointTranslation::createCopy(const CorvJointTranslationConstShPtr& i_objectToCopy)

@@ -37,7 +37,7 @@ LUM_DESCRIBE(CorvKERotateInverseZ)
 }
 
 CorvKERotateAxis::CorvKERotateAxis(unsigned int i_axis, int i_sign, const std::string& i_type)
-  : CorvKinematicalEffect(CorvDof::create(true), i_type), m_axis(i_axis), m_sign(i_sign)
+  : CorvKEAxis(i_axis, i_sign, CorvDof::create(true), i_type)
 {
 }
 
@@ -45,7 +45,7 @@ lmStatus CorvKERotateAxis::forward(const double* i_values, ClumMat4& o_mat) cons
 {
   if (!i_values)
     return lmStatus(-1);
-  orvRotationAboutAxis(m_axis, m_sign * i_values[0], 0, o_mat);
+  orvRotationAboutAxis(axis(), sign() * i_values[0], 0, o_mat);
   return lmStatus();
 }
 
@@ -53,8 +53,8 @@ lmStatus CorvKERotateAxis::inverse(const ClumMat4& i_mat, double* o_values) cons
 {
   if (!o_values)
     return lmStatus(-1);
-  const unsigned int a = (m_axis + 1) % 3, b = (m_axis + 2) % 3;
-  const double angle = m_sign * lumAtan2(i_mat(b, a) - i_mat(a, b), i_mat(a, a) + i_mat(b, b));
+  const unsigned int a = (axis() + 1) % 3, b = (axis() + 2) % 3;
+  const double angle = sign() * lumAtan2(i_mat(b, a) - i_mat(a, b), i_mat(a, a) + i_mat(b, b));
   // A half turn reads as pi.
   o_values[0] = angle <= -ClumGeometryUtilities::PI ? ClumGeometryUtilities::PI : angle;
   return lmStatus();
@@ -64,8 +64,8 @@ lmStatus CorvKERotateAxis::forwardDerivate(const double* i_values, unsigned int 
 {
   if (!i_values || i_rank > 0)
     return lmStatus(-1);
-  orvRotationAboutAxis(m_axis, m_sign * i_values[0], 1, o_mat);
-  if (m_sign < 0)
+  orvRotationAboutAxis(axis(), sign() * i_values[0], 1, o_mat);
+  if (sign() < 0)
     o_mat = o_mat * -1.0;
   return lmStatus();
 }
@@ -75,7 +75,7 @@ lmStatus CorvKERotateAxis::forwardSecondDerivate(const double* i_values, unsigne
 {
   if (!i_values || i_rank1 > 0 || i_rank2 > 0)
     return lmStatus(-1);
-  orvRotationAboutAxis(m_axis, m_sign * i_values[0], 2, o_mat);
+  orvRotationAboutAxis(axis(), sign() * i_values[0], 2, o_mat);
   return lmStatus();
 }
 

@@ -35,7 +35,7 @@ LUM_DESCRIBE(CorvKETranslateInverseZ)
 }
 
 CorvKETranslateAxis::CorvKETranslateAxis(unsigned int i_axis, int i_sign, const std::string& i_type)
-  : CorvKinematicalEffect(CorvDof::create(false), i_type), m_axis(i_axis), m_sign(i_sign)
+  : CorvKEAxis(i_axis, i_sign, CorvDof::create(false), i_type)
 {
 }
 
@@ -44,7 +44,7 @@ lmStatus CorvKETranslateAxis::forward(const double* i_values, ClumMat4& o_mat) c
   if (!i_values)
     return lmStatus(-1);
   o_mat.identity();
-  o_mat(m_axis, 3) = m_sign < 0 ? -i_values[0] : i_values[0];
+  o_mat(axis(), 3) = sign() < 0 ? -i_values[0] : i_values[0];
   return lmStatus();
 }
 
@@ -52,7 +52,7 @@ lmStatus CorvKETranslateAxis::inverse(const ClumMat4& i_mat, double* o_values) c
 {
   if (!o_values)
     return lmStatus(-1);
-  o_values[0] = m_sign < 0 ? -i_mat(m_axis, 3) : i_mat(m_axis, 3);
+  o_values[0] = sign() < 0 ? -i_mat(axis(), 3) : i_mat(axis(), 3);
   return lmStatus();
 }
 
@@ -61,7 +61,7 @@ lmStatus CorvKETranslateAxis::forwardDerivate(const double* i_values, unsigned i
   if (!i_values || i_rank > 0)
     return lmStatus(-1);
   o_mat.zero();
-  o_mat(m_axis, 3) = m_sign;
+  o_mat(axis(), 3) = sign();
   return lmStatus();
 }
 
@@ -86,6 +86,6 @@ lmStatus CorvKETranslateAxis::forwardVelocity(const double* i_velocities, double
 lmStatus CorvKETranslateAxis::inverseVelocity(double i_vx, double i_vy, double i_vz, double, const ClumVect3&,
                                               std::vector<double>& o_velocities) const
 {
-  o_velocities.assign(1, m_sign * ClumVect3(i_vx, i_vy, i_vz)[m_axis]);
+  o_velocities.assign(1, sign() * ClumVect3(i_vx, i_vy, i_vz)[axis()]);
   return lmStatus();
 }

@@ -102,6 +102,8 @@ public:
   virtual lmStatus setCurrentConfig(const CorvConfig& i_config);
   /// The space of the body's own dofs, the void space by default.
   virtual CorvConfigSpaceShPtr configSpace() const;
+  /// The largest tolerance of the active tests of this body. -1 where a kind of body has no tolerance.
+  virtual lmStatus getMaximumTolerance(double& o_tolerance) const;
   /// An upper bound of the speed of the shape's points within the body frame under the body's own dof velocities.
   virtual lmStatus forwardVelocity(const double* i_velocities, double& o_velocity) const;
   lmStatus forwardVelocity(const std::vector<double>& i_velocities, double& o_velocity) const;
@@ -119,8 +121,6 @@ public:
   lmStatus getEstimatedDistance(double& o_distance) const;
   lmStatus getExactDistance(double& o_distance, double i_precision) const;
 
-  /// The largest tolerance of the active tests of this body. -1 where a kind of body has no tolerance.
-  virtual lmStatus getMaximumTolerance(double& o_tolerance) const;
   virtual lmStatus getToleranceActivation(bool& o_activation) const;
   virtual lmStatus setToleranceActivation(bool i_activation);
   virtual lmStatus getToleranceModifier(double& o_modifier) const;
@@ -139,6 +139,10 @@ public:
   virtual double getMicroElement(double i_size) const;
   virtual double getMicroElementMinSize() const;
 
+protected:
+  virtual void placeBody(const ClumMat4& i_position) = 0;
+
+public:
   /// A collision validator of the class that tests this kind of body; null if there is none.
   virtual CorvValidatorCfgCollisionBaseShPtr makeValidator(const CorvConfigSpaceShPtr& i_space) const;
   /// Appends a few balls whose convex hull holds the whole shape, in the body frame. None for a body without a shape.
@@ -154,8 +158,6 @@ protected:
   CorvBody() = default;
   CorvBody(const CorvBody& i_other);
   lmStatus init(const CorvBodyWkPtr& i_weakPtr);
-
-  virtual void placeBody(const ClumMat4& i_position) = 0;
 
 private:
   CorvJointWkPtr m_joint;

@@ -9,6 +9,7 @@
 #include "validation/handles.h"
 
 #include <memory>
+#include <set>
 #include <vector>
 
 class CorvConfig;
@@ -116,18 +117,42 @@ public:
   const ClumGeometryShPtr& obstacleGroup() const { return m_obstacleGroup; }
   bool isObstacleGeometry(const ClumGeometryConstShPtr& i_geometry) const;
   void getObstacleGeometries(bool i_recursive, std::vector<ClumGeometryShPtr>& o_geometries) const;
+  void getObstacleGeometries(bool i_recursive, std::set<ClumGeometryShPtr>& o_geometries) const;
   void getObstacleGroups(bool i_recursive, std::vector<ClumGeometryShPtr>& o_groups) const;
   unsigned int countMobileGeometries() const;
   ClumGeometryShPtr mobileGeometry(unsigned int i_rank) const;
   bool isMobileGeometry(const ClumGeometryConstShPtr& i_geometry) const;
   void getMobileGeometries(bool i_recursive, std::vector<ClumGeometryShPtr>& o_geometries) const;
+  void getMobileGeometries(bool i_recursive, std::set<ClumGeometryShPtr>& o_geometries) const;
   void getMobileGroups(bool i_recursive, std::vector<ClumGeometryShPtr>& o_groups) const;
   /// True if one of the geometries is a mobile, or an obstacle, of this device.
-  bool containsMobileGeometry(const std::vector<ClumGeometryShPtr>& i_geometries) const;
-  bool containsObstacleGeometry(const std::vector<ClumGeometryShPtr>& i_geometries) const;
+  bool containsMobileGeometry(const std::set<ClumGeometryShPtr>& i_geometries) const;
+  bool containsObstacleGeometry(const std::set<ClumGeometryShPtr>& i_geometries) const;
+
+  // Spaces and services.
+  /// The space that clients use, made on demand.
+  CorvConfigSpaceShPtr configSpace() const;
+  CorvCSCompositeShPtr internalConfigSpace() const { return m_configSpace; }
+  virtual CorvSteeringMethodShPtr steeringMethod() const;
+  virtual void steeringMethod(const CorvSteeringMethodShPtr& i_method);
+  CorvMetricShPtr metric() const;
+  void metric(const CorvMetricShPtr& i_metric);
+  /// The device's own sets, whatever is pushed on the space's stacks.
+  const CorvValidatorSetShPtr& constraints() const { return m_constraints; }
+  const CorvValidatorSetShPtr& userConstraints() const { return m_constraints; }
+  const CorvValidatorSetShPtr& configValidators() const { return m_configValidators; }
+  const CorvValidatorSetShPtr& userConfigValidators() const { return m_configValidators; }
+  const CorvValidatorSetShPtr& directPathValidators() const { return m_directPathValidators; }
+  const CorvValidatorSetShPtr& userDirectPathValidators() const { return m_directPathValidators; }
+  const CorvValidatorSetShPtr& pathValidators() const { return m_pathValidators; }
+  const CorvValidatorSetShPtr& userPathValidators() const { return m_pathValidators; }
+  unsigned int version() const;
 
   // Collision.
   bool canCheckCollisions() const;
+  /// True if the device collides where it stands.
+  virtual bool collisionTest(const ClumParameterMapConstShPtr& i_parameters) const;
+  virtual bool collisionTest() const;
   ClumSceneShPtr collisionScene() const;
   const ClumSceneShPtr& innerCollisionScene() const { return m_innerScene; }
   const ClumCollisionToolkitShPtr& collisionToolkit() const { return m_collisionToolkit; }
@@ -146,14 +171,6 @@ public:
   lmStatus getMaximumTolerance(double& o_tolerance) const;
   void notifyCollisionSceneWillChange();
   void notifyCollisionSceneDidChange();
-  /// True if the device collides where it stands.
-  virtual bool collisionTest(const ClumParameterMapConstShPtr& i_parameters) const;
-  virtual bool collisionTest() const;
-  /// Each walks the bodies in order; if one fails, those before it are put back.
-  virtual lmStatus pushToleranceModifier(double i_modifier);
-  virtual lmStatus popToleranceModifier();
-  virtual lmStatus pushToleranceActivation(bool i_activation);
-  virtual lmStatus popToleranceActivation();
   /// Enters the tests of a body's group that came into the scene after its joint.
   void newMobileGroupAddedToScene(const ClumGeometryShPtr& i_group);
 
@@ -199,24 +216,12 @@ public:
                        const std::vector<double>& i_derivatives, std::vector<double>& io_maxDistances,
                        double& o_advance, bool& o_hitsEnd) const;
 
-  // Spaces and services.
-  /// The space that clients use, made on demand.
-  CorvConfigSpaceShPtr configSpace() const;
-  CorvCSCompositeShPtr internalConfigSpace() const { return m_configSpace; }
-  virtual CorvSteeringMethodShPtr steeringMethod() const;
-  virtual void steeringMethod(const CorvSteeringMethodShPtr& i_method);
-  CorvMetricShPtr metric() const;
-  void metric(const CorvMetricShPtr& i_metric);
-  /// The device's own sets, whatever is pushed on the space's stacks.
-  const CorvValidatorSetShPtr& constraints() const { return m_constraints; }
-  const CorvValidatorSetShPtr& userConstraints() const { return m_constraints; }
-  const CorvValidatorSetShPtr& configValidators() const { return m_configValidators; }
-  const CorvValidatorSetShPtr& userConfigValidators() const { return m_configValidators; }
-  const CorvValidatorSetShPtr& directPathValidators() const { return m_directPathValidators; }
-  const CorvValidatorSetShPtr& userDirectPathValidators() const { return m_directPathValidators; }
-  const CorvValidatorSetShPtr& pathValidators() const { return m_pathValidators; }
-  const CorvValidatorSetShPtr& userPathValidators() const { return m_pathValidators; }
-  unsigned int version() const;
+  // Tolerances.
+  /// Each walks the bodies in order; if one fails, those before it are put back.
+  virtual lmStatus pushToleranceModifier(double i_modifier);
+  virtual lmStatus popToleranceModifier();
+  virtual lmStatus pushToleranceActivation(bool i_activation);
+  virtual lmStatus popToleranceActivation();
 
   static double defaultValidatorPenetration();
 

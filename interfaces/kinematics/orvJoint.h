@@ -48,7 +48,7 @@ public:
 
   ~CorvJoint() override;
 
-  /// @param i_position the joint's frame at its dof values: 0, or `i_values`.
+  /// @param i_position the initial frame: where the joint stands at the values 0.
   /// @return null for a null effect, or values that are not as many as the effect has dofs.
   static CorvJointShPtr create(const CorvKinematicalEffectShPtr& i_effect, const ClumMat4& i_position);
   static CorvJointShPtr create(const CorvKinematicalEffectShPtr& i_effect, const std::vector<double>& i_values,
@@ -57,7 +57,12 @@ public:
   static CorvJointShPtr createCopy(const CorvJointConstShPtr& i_objectToCopy);
   virtual CorvJointShPtr clone() const;
 
+protected:
+  virtual void parentJoint(const CorvJointWkPtr& i_parent);
+
+public:
   // The tree.
+  virtual CorvJointShPtr parentJoint() const;
   lmStatus addJoint(const CorvJointShPtr& i_joint);
   /// Fails, in this order of tests: LOCKED_KINEMATICAL_CHAIN_ERROR, NULL_JOINT_ERROR, JOINT_ALREADY_HAS_PARENT_ERROR,
   /// KINEMATICAL_LOOP_ATTEMPT_ERROR, INVALID_CHILDREN_RANK_ERROR, JOINT_ADDING_CHECK_ERROR on top of the device's
@@ -67,11 +72,12 @@ public:
   unsigned int countChildJoints() const { return static_cast<unsigned int>(m_childJoints.size()); }
   /// Null for a rank that is too large.
   const CorvJointShPtr& childJoint(unsigned int i_rank) const;
-  virtual CorvJointShPtr parentJoint() const;
   /// True if this is the joint's parent, or an ancestor of it.
   bool isParentOf(const CorvJointConstShPtr& i_joint) const;
   /// Appends the subtree depth-first, this joint first.
   void fillJointVector(std::vector<CorvJointShPtr>& o_joints) const;
+  /// A filter that accepts the joints below this one, as the tree is when it is asked.
+  ClumObjectFilterShPtr makeChildFilter() const;
   /// The device whose tree this joint belongs to; null for a free tree.
   CorvDeviceShPtr device() const;
   /// Forbids for good to add and remove joints in this subtree.
@@ -217,8 +223,8 @@ protected:
             const ClumMat4& i_position);
   lmStatus init(const CorvJointWkPtr& i_weakPtr);
 
-  virtual void parentJoint(const CorvJointWkPtr& i_parent);
-
+  /// A frame at `i_origin` whose base vector points along `i_axis`.
+  static ClumMat4 frameOnAxis(ClumMat4::EBaseVector i_baseVector, const ClumVect3& i_axis, const ClumVect3& i_origin);
   void setCurrentBaseVectorAxis(ClumMat4::EBaseVector i_baseVector, const ClumVect3& i_axis);
   void setCurrentCenter(const ClumVect3& i_center);
 
@@ -228,6 +234,8 @@ private:
   const ClumMat4& parentTransform() const;
   CorvBodyLumSceneShPtr lumSceneBody() const;
   lmStatus rebuildConfigSpace();
+  template <class RESTORE>
+  lmStatus rebuildConfigSpaceOr(RESTORE i_restore);
   void updateCurrentPosition();
   void updateInitialPosition();
   void moveFrames(const ClumMat4& i_motion);

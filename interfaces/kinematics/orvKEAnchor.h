@@ -2,29 +2,14 @@
 
 #include "kinematics/orvKinematicalEffect.h"
 
-/// No motion: no dof, and the identity for a frame.
+/// No motion: no dof, and the identity for a frame. `inverseVelocity` gives no rate.
 class LUM_API CorvKEAnchor : public TorvKELeaf<CorvKEAnchor, CorvKinematicalEffect>
 {
   LUM_CONCRETE(CorvKEAnchor, CorvKinematicalEffect);
+  ORV_EFFECT_OPERATIONS
 
 public:
   static constexpr const char* TYPE = "orvane.core.kinematical-effect.anchor";
-
-  using CorvKinematicalEffect::forward;
-  using CorvKinematicalEffect::forwardDerivate;
-  using CorvKinematicalEffect::forwardSecondDerivate;
-  using CorvKinematicalEffect::forwardVelocity;
-  using CorvKinematicalEffect::inverse;
-
-  lmStatus forward(const double* i_values, ClumMat4& o_mat) const override;
-  lmStatus inverse(const ClumMat4& i_mat, double* o_values) const override;
-  lmStatus forwardDerivate(const double* i_values, unsigned int i_rank, ClumMat4& o_mat) const override;
-  lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2,
-                                 ClumMat4& o_mat) const override;
-  lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;
-  /// @param o_velocities becomes empty.
-  lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
-                           std::vector<double>& o_velocities) const override;
 
 protected:
   CorvKEAnchor() = default;

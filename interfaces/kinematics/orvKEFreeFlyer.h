@@ -5,29 +5,15 @@
 /// A free rigid motion: the translation x, y, z, then the rotation Rx(rx)·Ry(ry)·Rz(rz).
 ///
 /// It offers no second derivative. The angular part of `forwardVelocity`, sqrt(vrx² + vry²) + |vrz|, is an upper bound
-/// of the angular speed.
+/// of the angular speed. `inverseVelocity` gives the six rates vx, vy, vz, 0, 0 and the angular speed: the axis is not
+/// looked at.
 class LUM_API CorvKEFreeFlyer : public TorvKELeaf<CorvKEFreeFlyer, CorvKinematicalEffect>
 {
   LUM_CONCRETE(CorvKEFreeFlyer, CorvKinematicalEffect);
+  ORV_EFFECT_OPERATIONS
 
 public:
   static constexpr const char* TYPE = "orvane.core.kinematical-effect.free-flyer";
-
-  using CorvKinematicalEffect::forward;
-  using CorvKinematicalEffect::forwardDerivate;
-  using CorvKinematicalEffect::forwardSecondDerivate;
-  using CorvKinematicalEffect::forwardVelocity;
-  using CorvKinematicalEffect::inverse;
-
-  lmStatus forward(const double* i_values, ClumMat4& o_mat) const override;
-  lmStatus inverse(const ClumMat4& i_mat, double* o_values) const override;
-  lmStatus forwardDerivate(const double* i_values, unsigned int i_rank, ClumMat4& o_mat) const override;
-  lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2,
-                                 ClumMat4& o_mat) const override;
-  lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;
-  /// @param o_velocities the six rates `i_vx`, `i_vy`, `i_vz`, 0, 0, `i_angular`: the axis is not looked at.
-  lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
-                           std::vector<double>& o_velocities) const override;
 
 protected:
   CorvKEFreeFlyer() = default;

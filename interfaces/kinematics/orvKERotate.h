@@ -1,54 +1,21 @@
 #pragma once
 
-#include "kinematics/orvKinematicalEffect.h"
+#include "kinematics/orvKEAxis.h"
 
 /// A rotation by the value of one revolute dof about an axis of the frame, or by its opposite: all six of them.
-class LUM_API CorvKERotateAxis : public CorvKinematicalEffect
+/// `inverseVelocity` gives the angular speed.
+class LUM_API CorvKERotateAxis : public CorvKEAxis
 {
-  LUM_UNREFLECTED(CorvKERotateAxis, CorvKinematicalEffect);
-
-public:
-  using CorvKinematicalEffect::forward;
-  using CorvKinematicalEffect::forwardDerivate;
-  using CorvKinematicalEffect::forwardSecondDerivate;
-  using CorvKinematicalEffect::forwardVelocity;
-  using CorvKinematicalEffect::inverse;
-
-  /// The rank of the axis: 0, 1 or 2.
-  unsigned int axis() const { return m_axis; }
-  /// 1, or -1 for the inverse forms.
-  int sign() const { return m_sign; }
-
-  lmStatus forward(const double* i_values, ClumMat4& o_mat) const override;
-  lmStatus inverse(const ClumMat4& i_mat, double* o_values) const override;
-  lmStatus forwardDerivate(const double* i_values, unsigned int i_rank, ClumMat4& o_mat) const override;
-  lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2,
-                                 ClumMat4& o_mat) const override;
-  lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;
-  /// @param o_velocities one rate, `i_angular`.
-  lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,
-                           std::vector<double>& o_velocities) const override;
+  LUM_UNREFLECTED(CorvKERotateAxis, CorvKEAxis);
+  ORV_EFFECT_OPERATIONS
 
 protected:
-  CorvKERotateAxis(unsigned int i_axis, int i_sign) : m_axis(i_axis), m_sign(i_sign) {}
+  using CorvKEAxis::CorvKEAxis;
   CorvKERotateAxis(unsigned int i_axis, int i_sign, const std::string& i_type);
-
-private:
-  unsigned int m_axis;
-  int m_sign;
-};
-
-/// A leaf of the family: its axis and sign, known when compiling.
-template <class LEAF, unsigned int AXIS, int SIGN>
-class TorvKERotate : public TorvKELeaf<LEAF, CorvKERotateAxis>
-{
-protected:
-  TorvKERotate() : TorvKELeaf<LEAF, CorvKERotateAxis>(AXIS, SIGN) {}
-  explicit TorvKERotate(const std::string& i_type) : TorvKELeaf<LEAF, CorvKERotateAxis>(AXIS, SIGN, i_type) {}
 };
 
 /// Rotation about the x axis by its dof.
-class LUM_API CorvKERotateX : public TorvKERotate<CorvKERotateX, 0, 1>
+class LUM_API CorvKERotateX : public TorvKEAxisLeaf<CorvKERotateX, CorvKERotateAxis, 0, 1>
 {
   LUM_CONCRETE(CorvKERotateX, CorvKERotateAxis);
 
@@ -57,11 +24,11 @@ public:
 
 protected:
   CorvKERotateX() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };
 
 /// Rotation about the y axis by its dof.
-class LUM_API CorvKERotateY : public TorvKERotate<CorvKERotateY, 1, 1>
+class LUM_API CorvKERotateY : public TorvKEAxisLeaf<CorvKERotateY, CorvKERotateAxis, 1, 1>
 {
   LUM_CONCRETE(CorvKERotateY, CorvKERotateAxis);
 
@@ -70,11 +37,11 @@ public:
 
 protected:
   CorvKERotateY() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };
 
 /// Rotation about the z axis by its dof.
-class LUM_API CorvKERotateZ : public TorvKERotate<CorvKERotateZ, 2, 1>
+class LUM_API CorvKERotateZ : public TorvKEAxisLeaf<CorvKERotateZ, CorvKERotateAxis, 2, 1>
 {
   LUM_CONCRETE(CorvKERotateZ, CorvKERotateAxis);
 
@@ -83,11 +50,11 @@ public:
 
 protected:
   CorvKERotateZ() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };
 
 /// Rotation about the x axis by the opposite of its dof.
-class LUM_API CorvKERotateInverseX : public TorvKERotate<CorvKERotateInverseX, 0, -1>
+class LUM_API CorvKERotateInverseX : public TorvKEAxisLeaf<CorvKERotateInverseX, CorvKERotateAxis, 0, -1>
 {
   LUM_CONCRETE(CorvKERotateInverseX, CorvKERotateAxis);
 
@@ -96,11 +63,11 @@ public:
 
 protected:
   CorvKERotateInverseX() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };
 
 /// Rotation about the y axis by the opposite of its dof.
-class LUM_API CorvKERotateInverseY : public TorvKERotate<CorvKERotateInverseY, 1, -1>
+class LUM_API CorvKERotateInverseY : public TorvKEAxisLeaf<CorvKERotateInverseY, CorvKERotateAxis, 1, -1>
 {
   LUM_CONCRETE(CorvKERotateInverseY, CorvKERotateAxis);
 
@@ -109,11 +76,11 @@ public:
 
 protected:
   CorvKERotateInverseY() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };
 
 /// Rotation about the z axis by the opposite of its dof.
-class LUM_API CorvKERotateInverseZ : public TorvKERotate<CorvKERotateInverseZ, 2, -1>
+class LUM_API CorvKERotateInverseZ : public TorvKEAxisLeaf<CorvKERotateInverseZ, CorvKERotateAxis, 2, -1>
 {
   LUM_CONCRETE(CorvKERotateInverseZ, CorvKERotateAxis);
 
@@ -122,5 +89,5 @@ public:
 
 protected:
   CorvKERotateInverseZ() = default;
-  using TorvKERotate::TorvKERotate;
+  using TorvKEAxisLeaf::TorvKEAxisLeaf;
 };

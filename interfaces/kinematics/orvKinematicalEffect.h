@@ -85,6 +85,25 @@ private:
   CorvConfigSpaceShPtr m_configSpace;
 };
 
+/// Declares what every concrete effect overrides, beside the base's convenient forms of the same names.
+#define ORV_EFFECT_OPERATIONS                                                                                          \
+public:                                                                                                                \
+  using CorvKinematicalEffect::forward;                                                                                \
+  using CorvKinematicalEffect::forwardDerivate;                                                                        \
+  using CorvKinematicalEffect::forwardSecondDerivate;                                                                  \
+  using CorvKinematicalEffect::forwardVelocity;                                                                        \
+  using CorvKinematicalEffect::inverse;                                                                                \
+  lmStatus forward(const double* i_values, ClumMat4& o_mat) const override;                                            \
+  lmStatus inverse(const ClumMat4& i_mat, double* o_values) const override;                                            \
+  lmStatus forwardDerivate(const double* i_values, unsigned int i_rank, ClumMat4& o_mat) const override;               \
+  lmStatus forwardSecondDerivate(const double* i_values, unsigned int i_rank1, unsigned int i_rank2, ClumMat4& o_mat)  \
+    const override;                                                                                                    \
+  lmStatus forwardVelocity(const double* i_velocities, double& o_linear, double& o_angular) const override;            \
+  lmStatus inverseVelocity(double i_vx, double i_vy, double i_vz, double i_angular, const ClumVect3& i_axis,           \
+                           std::vector<double>& o_velocities) const override;                                          \
+                                                                                                                       \
+private:
+
 /// What every concrete effect has alike: `create`, `createCopy` and `clone`.
 ///
 /// `LEAF::TYPE` is the default type key; `BASE` is made from the arguments that the leaf passes on.

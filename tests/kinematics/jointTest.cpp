@@ -1,6 +1,7 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumNotification.h"
 #include "foundation/lumNotificator.h"
+#include "foundation/lumObjectFilter.h"
 #include "foundation/lumPRNGGameRand.h"
 #include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvCSComposite.h"
@@ -109,16 +110,18 @@ TEST(CorvJoint, FramesFollowTheProductOfEffects)
   EXPECT_TRUE(root->setCurrentConfig(CorvConfig(CorvConfigSpaceShPtr(child->configSpace()))).failed());
 }
 
-TEST(CorvJoint, AValueGivenAtCreationIsTheValueAtTheGivenFrame)
+TEST(CorvJoint, AValueGivenAtCreationMovesTheJointFromItsInitialFrame)
 {
   const ClumMat4 frame = turnedAndShifted(0.3, 1.0, 0.0, 2.0);
   const CorvJointRotationShPtr joint = CorvJointRotation::create(0.8, frame, ClumMat4::Y_AXIS);
-  EXPECT_EQ(joint->currentPosition(), frame);
+  ClumMat4 turn;
+  turn.rotate(0.0, 1.0, 0.0, 0.8);
+  EXPECT_LT(largestDifference(joint->initialPosition(), frame), 1e-14);
+  EXPECT_LT(largestDifference(joint->currentPosition(), frame * turn), 1e-14);
   EXPECT_LT((joint->rotationAxis() - frame.axis(ClumMat4::Y_AXIS)).norm(), 1e-14);
-  ClumMat4 back;
-  back.rotate(0.0, 1.0, 0.0, -0.8);
   ASSERT_TRUE(joint->setCurrentConfig(CorvConfig(CorvConfigSpaceShPtr(joint->configSpace()))).succeeded());
-  EXPECT_LT(largestDifference(joint->currentPosition(), frame * back), 1e-14);
+  EXPECT_LT(largestDifference(joint->currentPosition(), frame), 1e-14);
+  EXPECT_EQ(CorvJointRotation::create(frame, ClumMat4::X_AXIS)->currentPosition(), frame);
 
   const CorvJointRotationShPtr placed =
     CorvJointRotation::create(ClumVect3(1.0, 2.0, 3.0), ClumVect3(0.0, 3.0, 4.0), ClumMat4::INVERSE_Z_AXIS);
@@ -361,6 +364,10 @@ TEST(CorvJoint, RigidlyLinkedJointsAreThoseBehindJointsWithoutDofs)
   ASSERT_TRUE(moving->addJoint(plate).succeeded());
   ASSERT_TRUE(plate->addJoint(tip).succeeded());
   ASSERT_TRUE(plate->addJoint(hinge).succeeded());
+  const ClumObjectFilterShPtr isBelowPlate = plate->makeChildFilter();
+  EXPECT_TRUE(isBelowPlate->accepts(*tip) && isBelowPlate->accepts(*hinge));
+  EXPECT_FALSE(isBelowPlate->accepts(*plate) || isBelowPlate->accepts(*moving) || isBelowPlate->accepts(*far));
+  EXPECT_FALSE(isBelowPlate->accepts(*hinge->dof(0)));
   tip->linkedJoint(far);
   std::vector<CorvJointShPtr> linked;
   tip->getRigidlyLinkedJoints(linked);
