@@ -48,10 +48,12 @@
 #include "manifolds/orvPointManifold.h"
 #include "metrics/orvMetricAbsolute.h"
 #include "metrics/orvMetricEuclidean.h"
+#include "metrics/orvMetricIK.h"
 #include "metrics/orvMetricIntrinsinc.h"
 #include "metrics/orvMetricManhattan.h"
 #include "metrics/orvMetricRevolute.h"
 #include "metrics/orvMetricScale.h"
+#include "metrics/orvMetricSlerpWithCustomMotionFrame.h"
 #include "metrics/orvMetricZero.h"
 #include "metrics/orvRDDiscrete.h"
 #include "metrics/orvRDGaussian.h"
@@ -70,6 +72,9 @@
 #include "paths/orvPath.h"
 #include "paths/orvSMComposite.h"
 #include "paths/orvSMLinear.h"
+#include "paths/orvSMLinearWithDiscreteEnds.h"
+#include "paths/orvSMManhattan.h"
+#include "paths/orvSMSequence.h"
 #include "planners/orvBuilderPlanner.h"
 #include "planners/orvIdentityPlanner.h"
 #include "planners/orvPlannerOperation.h"
@@ -159,6 +164,18 @@ CorvDirectPathShPtr sampleCompositeDirectPath()
   return CorvSMComposite::create()->makeDirectPath(CorvConfig(space, {0.0, 1.0}), CorvConfig(space, {2.0, -1.0}));
 }
 
+CorvDirectPathShPtr sampleSequenceDirectPath()
+{
+  const CorvConfigSpaceShPtr space = sampleSpace();
+  return CorvSMSequence::create()->makeDirectPath(CorvConfig(space, {0.0, 1.0}), CorvConfig(space, {2.0, -1.0}));
+}
+
+CorvDirectPathShPtr sampleManhattanDirectPath()
+{
+  const CorvConfigSpaceShPtr space = sampleDevice()->configSpace();
+  return CorvSMManhattan::create()->makeDirectPath(CorvConfig(space, {0.0, 1.0}), CorvConfig(space, {2.0, -1.0}));
+}
+
 CorvPointManifoldShPtr samplePointManifold()
 {
   const CorvConfigSpaceShPtr space = sampleSpace();
@@ -218,7 +235,9 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvConstraintLock, CorvConstraintLock::create(keptSpace())),
     SAMPLE(CorvDPComposite, sampleCompositeDirectPath()),
     SAMPLE(CorvDPLinear, sampleDirectPath()),
+    SAMPLE(CorvDPManhattan, sampleManhattanDirectPath()),
     SAMPLE(CorvDPRestriction, sampleRestriction()),
+    SAMPLE(CorvDPSequence, sampleSequenceDirectPath()),
     SAMPLE(CorvDevice, sampleDevice()),
     SAMPLE(CorvDof, CorvDof::create(true)),
     SAMPLE(CorvEdgeFactory, CorvEdgeFactory::create()),
@@ -254,10 +273,12 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvManifoldUnion, CorvManifoldUnion::create(sampleSpace())),
     SAMPLE(CorvMetricAbsolute, CorvMetricAbsolute::create()),
     SAMPLE(CorvMetricEuclidean, CorvMetricEuclidean::create()),
+    SAMPLE(CorvMetricIK, CorvMetricIK::create(keptSpace()->subspace(0), keptSpace()->subspace(1))),
     SAMPLE(CorvMetricIntrinsinc, CorvMetricIntrinsinc::create()),
     SAMPLE(CorvMetricManhattan, CorvMetricManhattan::create()),
     SAMPLE(CorvMetricRevolute, CorvMetricRevolute::create()),
     SAMPLE(CorvMetricScale, CorvMetricScale::create(CorvMetricAbsolute::create())),
+    SAMPLE(CorvMetricSlerpWithCustomMotionFrame, CorvMetricSlerpWithCustomMotionFrame::create(CorvJointFreeFlyer::create(ClumMat4()))),
     SAMPLE(CorvMetricZero, CorvMetricZero::create()),
     SAMPLE(CorvMonoDiffusingBuilder, CorvMonoDiffusingBuilder::create(keptRoadmap())),
     SAMPLE(CorvMultiDiffusingBuilder, CorvMultiDiffusingBuilder::create(keptRoadmap())),
@@ -282,6 +303,9 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvReportPathCollision, CorvReportPathCollision::create()),
     SAMPLE(CorvSMComposite, CorvSMComposite::create()),
     SAMPLE(CorvSMLinear, CorvSMLinear::create(true)),
+    SAMPLE(CorvSMLinearWithDiscreteEnds, CorvSMLinearWithDiscreteEnds::create(0.5, 0.25)),
+    SAMPLE(CorvSMManhattan, CorvSMManhattan::create()),
+    SAMPLE(CorvSMSequence, CorvSMSequence::create()),
     SAMPLE(CorvSamplingBuilder, CorvSamplingBuilder::create(keptRoadmap())),
     SAMPLE(CorvShooterConfigSpace, CorvShooterConfigSpace::create()),
     SAMPLE(CorvShooterRoadmapBox, CorvShooterRoadmapBox::create()),
