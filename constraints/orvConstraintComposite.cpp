@@ -3,26 +3,12 @@
 #include "foundation/lumAssert.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumMat.h"
-#include "kinematics/orvConfig.h"
-#include "kinematics/orvDof.h"
-#include "validation/orvValidatorSet.h"
+#include "validation/orvSubspaceWalk.h"
 
 LUM_DESCRIBE(CorvConstraintComposite)
 {
   i_class.creates("(const CorvConfigSpaceShPtr& i_space)", &Self::create);
 }
-
-namespace
-{
-/// Empty, or nothing but one composite.
-bool holdsCompositeAtMost(const CorvValidatorSet& i_constraints)
-{
-  if (i_constraints.count() == 0)
-    return true;
-  const CorvValidatorShPtr only = i_constraints.at(0);
-  return i_constraints.count() == 1 && dynamic_cast<const CorvConstraintComposite*>(only.get());
-}
-} // namespace
 
 CorvConstraintCompositeShPtr CorvConstraintComposite::create(const CorvConfigSpaceShPtr& i_space)
 {
@@ -60,18 +46,8 @@ bool CorvConstraintComposite::doesUseReports() const
 bool CorvConstraintComposite::doValidateConfig(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
                                                const CorvValidationReportConstShPtr&, CorvValidationReportShPtr&) const
 {
-  const bool walksDofs = canWalkDofs(i_cfg.space());
-  if ((walksDofs ? i_cfg.walkDofs() : i_cfg.pushSpace()).failed())
-    return true;
-  bool isApplied = true;
-  do
-    isApplied = i_cfg.space()->constraints()->validate(i_cfg, i_params);
-  while (isApplied && (walksDofs ? i_cfg.nextDof() : i_cfg.nextSubspace()).succeeded());
-  if (walksDofs)
-    i_cfg.endWalk();
-  else
-    i_cfg.popSpace();
-  return isApplied;
+  return orvSubspaceWalk::forEachPart(i_cfg, canWalkDofs(i_cfg.space()),
+                                      [&] { return i_cfg.space()->constraints()->validate(i_cfg, i_params); });
 }
 
 lmStatus CorvConstraintComposite::doApply(CorvConfig&, const ClumParameterMapConstShPtr&) const
@@ -120,15 +96,7 @@ lmStatus CorvConstraintComposite::getLipschitzMatrix(ClumMat&, const CorvDomainC
 
 bool CorvConstraintComposite::canFlattenConstraints(const CorvConfigSpace& i_space)
 {
-  if (dynamic_cast<const CorvDof*>(&i_space))
-    return true;
-  const CorvConfigSpace& space = i_space.unwrapped();
-  if (!holdsCompositeAtMost(*space.constraints()))
-    return false;
-  for (unsigned int rank = 0; rank < space.countSubspaces(); ++rank)
-    if (!canFlattenConstraints(*space.subspace(rank)))
-      return false;
-  return true;
+  return orvSubspaceWalk::canFlatten<CorvConstraintComposite>(i_space, &CorvConfigSpace::constraints);
 }
 
 bool CorvConstraintComposite::canWalkDofs(const CorvConfigSpaceShPtr& i_space) const

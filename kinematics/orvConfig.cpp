@@ -4,9 +4,11 @@
 #include "foundation/lumCoder.h"
 #include "foundation/lumMat4.h"
 #include "foundation/lumMemoryCoder.h"
+#include "foundation/lumXMLCoder.h"
 #include "kinematics/orvDevice.h"
 #include "kinematics/orvDof.h"
 #include "kinematics/orvUtility.h"
+#include "manifolds/orvPointManifold.h"
 #include "metrics/orvMetric.h"
 #include "metrics/orvMetricRevolute.h"
 #include "metrics/orvRandomWalk.h"
@@ -26,6 +28,9 @@ const char* const CONVERSION_REPORT = "orvane.core.config.convert";
 
 /// The distance up to which two configurations count as equivalent.
 const double EQUIVALENCE_DISTANCE = 1e-10;
+
+/// Marks the space version of values that were decoded and not yet held against the space: no version has this bit.
+const unsigned int UNCHECKED_VERSION = 0x80000000u;
 
 CorvConfigSpaceShPtr spaceOfDevice(const CorvDeviceShPtr& i_device)
 {
@@ -171,19 +176,25 @@ bool CorvConfig::isConversionDue() const
   return m_walkDepth == 0 && m_bottom.space && m_spaceVersion != m_bottom.space->version();
 }
 
-// A conversion that failed is not tried again before the space changes once more.
+// A conversion that failed is not tried again before the space changes once more, but shows as invalid each time.
 void CorvConfig::selfConvert() const
 {
-  if (m_isConverting || (m_hasConversionFailed && m_failedVersion == m_bottom.space->version()))
+  if (m_isConverting)
     return;
-  CorvConfig& self = const_cast<CorvConfig&>(*this);
-  if (self.convertValues(m_bottom.space, nullptr).succeeded())
+  const unsigned int version = m_bottom.space->version();
+  if (!m_hasConversionFailed || m_failedVersion != version)
+  {
+    CorvConfig& self = const_cast<CorvConfig&>(*this);
+    if (self.convertValues(m_bottom.space, nullptr).succeeded())
+      return;
+    m_hasConversionFailed = true;
+    m_failedVersion = version;
+  }
+  if (report(CONVERSION_REPORT))
     return;
-  m_hasConversionFailed = true;
-  m_failedVersion = m_bottom.space->version();
-  const CorvValidationReportShPtr report = CorvValidationReport::create();
-  report->isValid(false);
-  setReport(CONVERSION_REPORT, report);
+  const CorvValidationReportShPtr failure = CorvValidationReport::create();
+  failure->isValid(false);
+  setReport(CONVERSION_REPORT, failure);
 }
 
 // False if the values do not stand for the dofs of the space as it is now.
@@ -381,6 +392,8 @@ lmStatus CorvConfig::makeDofMap(const CorvConfigSpaceShPtr& i_space, std::vector
   o_map.clear();
   if (!i_space || !space())
     return -1;
+  if ((m_spaceVersion & UNCHECKED_VERSION) != 0)
+    selfConvert();
   std::vector<CorvDofWkPtr> oldDofs;
   LUM_ASSERT_SUCCESS(space()->getDofsAtVersion(m_spaceVersion, oldDofs));
   if (oldDofs.size() != m_values.size())
@@ -423,13 +436,16 @@ lmStatus CorvConfig::convertValues(const CorvConfigSpaceShPtr& i_space, const st
   if (!i_space || !m_bottom.space || m_walkDepth != 0 || m_isConverting)
     return -1;
   const CorvConfigSpaceShPtr oldSpace = m_bottom.space;
+  const unsigned int unchecked = m_spaceVersion & UNCHECKED_VERSION;
+  m_spaceVersion &= ~UNCHECKED_VERSION;
   const bool hasOldDofs = oldSpace->hasSameDofsAtVersions(m_spaceVersion, oldSpace->version());
   m_isConverting = true;
-  if (hasOldDofs && oldSpace->size() == m_values.size())
+  const bool fitsOldSpace = hasOldDofs && oldSpace->size() == m_values.size();
+  if (fitsOldSpace)
     selfValidateWhenDue();
   TValues values;
   bool isConverted = true;
-  if (!i_map && i_space == oldSpace && hasOldDofs)
+  if (!i_map && i_space == oldSpace && fitsOldSpace)
     values = m_values;
   else
   {
@@ -439,7 +455,10 @@ lmStatus CorvConfig::convertValues(const CorvConfigSpaceShPtr& i_space, const st
   }
   m_isConverting = false;
   if (!isConverted)
+  {
+    m_spaceVersion |= unchecked;
     return -1;
+  }
 
   m_spaceVersion = i_space->version();
   m_hasConversionFailed = false;
@@ -599,10 +618,8 @@ bool CorvConfig::isEquivalent(const CorvConfig& i_config) const
 {
   if (this == &i_config)
     return true;
-  if (space() != i_config.space())
+  if (space() != i_config.space() || !bringUpToDate() || !i_config.bringUpToDate())
     return false;
-  bringUpToDate();
-  i_config.bringUpToDate();
   return EQUIVALENCE_DISTANCE >= distanceTo(i_config);
 }
 
@@ -629,9 +646,12 @@ void CorvConfig::randomizeDof(unsigned int i_rank)
   }
   if (!dof->metric())
     return;
-  pushFrame(dof, i_rank);
-  dof->metric()->randomWalk()->step(1.0, *this);
-  popFrame();
+  if (const CorvRandomWalkConstShPtr walk = dof->metric()->randomWalk())
+  {
+    pushFrame(dof, i_rank);
+    walk->step(1.0, *this);
+    popFrame();
+  }
 }
 
 void CorvConfig::randomStep(double i_step)
@@ -673,6 +693,11 @@ lmStatus CorvConfig::getBodyMatVector(std::vector<ClumMat4>& o_matrices) const
 {
   const CorvDeviceShPtr ownDevice = device();
   return ownDevice ? ownDevice->computeBodyPositions(*this, o_matrices) : lmStatus(-1);
+}
+
+CorvManifoldShPtr CorvConfig::toManifold(const CorvConfigSpaceShPtr& i_ambientSpace) const
+{
+  return CorvPointManifold::create(*this, i_ambientSpace);
 }
 
 lmStatus CorvConfig::getJointMatVector(std::vector<ClumMat4>& o_matrices) const
@@ -797,6 +822,8 @@ bool CorvConfig::operator==(const CorvConfig& i_config) const
     return false;
   const std::pair<const double*, const double*> mine = valueRange();
   const std::pair<const double*, const double*> other = i_config.valueRange();
+  if (!mine.first || !other.first)
+    return !mine.first && !other.first && m_values == i_config.m_values;
   return std::equal(mine.first, mine.second, other.first, other.second);
 }
 
@@ -862,8 +889,8 @@ bool CorvConfig::canonically_equal_to::operator()(const CorvConfig& i_a, const C
     return false;
   const std::pair<const double*, const double*> a = i_a.valueRange();
   const std::pair<const double*, const double*> b = i_b.valueRange();
-  if (a.second - a.first != b.second - b.first)
-    return false;
+  if (!a.first || !b.first)
+    return i_a == i_b;
   const CorvConfigSpace* space = i_a.m_bottom.space.get();
   for (unsigned int rank = 0; a.first + rank != a.second; ++rank)
   {
@@ -885,16 +912,23 @@ void CorvConfig::encodeValueWithCoder(ClumCoder& i_coder, const std::string& i_k
   if (memory && ownSpace)
     memory->pin(ownSpace.get());
   i_coder.encodeObjectShPtr(ownSpace, i_key + "/configSpace");
-  i_coder.encodeUnsignedInt(m_spaceVersion, i_key + "/spaceVersion");
+  i_coder.encodeUnsignedInt(m_spaceVersion & ~UNCHECKED_VERSION, i_key + "/spaceVersion");
   i_coder.encodeUnsignedInt(m_validationSpaceVersion, i_key + "/validationSpaceVersion");
   i_coder.encodeUnsignedInt(m_bottom.nbSubspaces, i_key + "/nbSubspaces");
   i_coder.encodeDoubleVector(std::vector<double>(m_values.begin(), m_values.end()), i_key + "/dofValues");
 }
 
+std::string CorvConfig::textualDump() const
+{
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  encodeValueWithCoder(*coder, "config");
+  return coder->data();
+}
+
 void CorvConfig::decode(ClumCoder& i_coder, const std::string& i_key)
 {
   m_bottom.space = i_coder.decode<CorvConfigSpace>(i_key + "/configSpace");
-  m_spaceVersion = i_coder.decodeUnsignedInt(i_key + "/spaceVersion");
+  m_spaceVersion = i_coder.decodeUnsignedInt(i_key + "/spaceVersion") | UNCHECKED_VERSION;
   m_validationSpaceVersion = i_coder.decodeUnsignedInt(i_key + "/validationSpaceVersion");
   if (i_coder.hasKey(i_key + "/nbSubspaces"))
     m_bottom.nbSubspaces = i_coder.decodeUnsignedInt(i_key + "/nbSubspaces");

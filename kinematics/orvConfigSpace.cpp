@@ -3,6 +3,7 @@
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumLogManager.h"
+#include "foundation/lumXMLCoder.h"
 #include "kinematics/orvCSGroup.h"
 #include "kinematics/orvCloner.h"
 #include "kinematics/orvConfigSpaceCaches.h"
@@ -649,6 +650,13 @@ bool CorvConfigSpace::hasFiniteSize() const
   return std::all_of(dofs.begin(), dofs.end(),
                      [](const CorvDofShPtr& i_dof)
                      { return i_dof->isLocked() || i_dof->isBounded() || i_dof->isRevolute(); });
+}
+
+std::string CorvConfigSpace::textualDump() const
+{
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  coder->encodeObjectShPtr(self(), "configSpace");
+  return coder->data();
 }
 
 bool CorvConfigSpace::isSteeringConservative() const

@@ -26,13 +26,7 @@ CorvValidator::CorvValidator() = default;
 
 CorvValidator::CorvValidator(const CorvConfigSpaceShPtr& i_space, const std::string& i_name) : m_name(i_name)
 {
-  if (!i_space)
-    return;
-  const CorvDeviceShPtr device = i_space->device();
-  if (device && device->internalConfigSpace().get() == &i_space->unwrapped())
-    m_device = device;
-  else
-    m_space = i_space;
+  watch(i_space);
 }
 
 CorvValidator::CorvValidator(const CorvValidator& i_other)
@@ -70,6 +64,14 @@ lmStatus CorvValidator::init(const CorvValidatorWkPtr& i_weakPtr)
     return -1;
   }
   return lmStatus();
+}
+
+void CorvValidator::watch(const CorvConfigSpaceShPtr& i_space)
+{
+  const CorvDeviceShPtr owner = i_space ? i_space->device() : CorvDeviceShPtr();
+  const bool isOfDevice = owner && owner->internalConfigSpace().get() == &i_space->unwrapped();
+  m_device = isOfDevice ? owner : CorvDeviceShPtr();
+  m_space = isOfDevice ? CorvConfigSpaceShPtr() : i_space;
 }
 
 const ClumStringKey& CorvValidator::validationSpaceParameterKey()

@@ -2,11 +2,13 @@
 
 #include "foundation/lumStatus.h"
 #include "kinematics/orvValidable.h"
+#include "manifolds/handles.h"
 
 #include <boost/container/small_vector.hpp>
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -146,6 +148,8 @@ public:
   lmStatus getBodyMatVector(std::vector<ClumMat4>& o_matrices) const;
   lmStatus getJointMatVector(std::vector<ClumMat4>& o_matrices) const;
   lmStatus getJointAbsoluteMatVector(std::vector<ClumMat4>& o_matrices) const;
+  /// The manifold of this one configuration in an ambient space. @return null without a space, here or there.
+  CorvManifoldShPtr toManifold(const CorvConfigSpaceShPtr& i_ambientSpace) const;
 
   using CorvValidable::validate;
   /// Runs the configuration validators of the space. @return `isValid()` afterwards.
@@ -203,6 +207,8 @@ public:
   };
 
   void encodeValueWithCoder(ClumCoder& i_coder, const std::string& i_key) const;
+  /// The coded form under the key "config", as the text of a file.
+  std::string textualDump() const;
 
 private:
   friend class CorvConfigSpace;
@@ -223,7 +229,6 @@ private:
   void popFrame() const;
   lmStatus endFrame() const;
   lmStatus nextFrame(const CorvConfigSpaceShPtr& i_space, unsigned int i_step) const;
-  void prepareWalk() const;
   void fillFrom(const double* i_values, std::size_t i_count);
   void decode(ClumCoder& i_coder, const std::string& i_key);
   void selfConvert() const;

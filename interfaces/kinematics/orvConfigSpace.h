@@ -209,10 +209,19 @@ public:
   /// to compute are removed. @return -1, with nothing changed, if the constraints cannot be satisfied.
   lmStatus lockConstantDofs();
 
+  /// Brings clones of the constraints and configuration validators in force in another space, and its bounds, into the
+  /// sets of this tree. The dofs of the two are matched by rank; a judge goes to the space here that stands at the same
+  /// place in the tree, or has the same dofs.
+  /// @return -1, with a log entry, at the first conflict that cannot be solved; what was brought until then stays.
+  lmStatus mergeClonedValidatorsAndConstraintsFrom(const CorvConfigSpaceConstShPtr& i_source);
+
   /// Runs the constraints in force in their order. @return false at the first that fails.
   bool applyConstraintsOn(CorvConfig& io_cfg, const ClumParameterMapConstShPtr& i_params) const;
   /// Runs the configuration validators in force in their order. @return false at the first that refuses.
   bool applyValidatorsOn(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params) const;
+
+  /// The coded form under the key "configSpace", as the text of a file.
+  std::string textualDump() const;
 
 protected:
   CorvConfigSpace();
@@ -244,6 +253,7 @@ private:
   using TStack = std::deque<CorvValidatorSetShPtr>;
   struct CConstraintCache;
   struct CValidatorCache;
+  struct CMerge;
 
   unsigned int recordVersion() const;
   void updateCache() const;
@@ -300,5 +310,5 @@ private:
   mutable std::map<unsigned int, TDofList> m_dofsOfThisVersion;
   mutable ShPtr<const CConstraintCache> m_constraintCache; ///< null when out of date, as the next
   mutable ShPtr<const CValidatorCache> m_validatorCache;
-  mutable ClumParameterMapShPtr m_validationParams; ///< scratch, taken out while in use   ///< null when out of date
+  mutable ClumParameterMapShPtr m_validationParams; ///< scratch, taken out while in use
 };

@@ -117,8 +117,6 @@ protected:
     return *this;
   }
 
-  bool isInChange() const { return m_changeDepth > 0; }
-  bool isSelfValidationStale() const { return m_needsSelfValidation; }
   void selfValidateWhenDue() const
   {
     if (m_isSelfValidationEnabled && m_changeDepth == 0 && shouldSelfValidate())

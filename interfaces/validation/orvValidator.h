@@ -135,6 +135,8 @@ protected:
   static const CorvConfigSpace* unwrappedValidationSpace(const ClumParameterMapConstShPtr& i_params);
 
 private:
+  /// Watches the space, or the device whose space it is.
+  void watch(const CorvConfigSpaceShPtr& i_space);
   bool validateInSpace(const CorvValidable& i_validable, const ClumParameterMapConstShPtr& i_params) const;
   bool validateActivated(const CorvValidable& i_validable, const ClumParameterMapConstShPtr& i_params) const;
 

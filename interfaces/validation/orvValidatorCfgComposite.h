@@ -32,9 +32,9 @@ protected:
 
 private:
   /// True if nothing but the dofs has validators of its own, so that the flat walk over the dofs reaches them all.
-  bool canWalkDofs(const CorvConfigSpaceConstShPtr& i_space) const;
+  bool canWalkDofs(const CorvConfigSpaceShPtr& i_space) const;
 
-  mutable CorvConfigSpaceConstWkPtr m_cachedSpace;
+  mutable CorvConfigSpaceWkPtr m_cachedSpace;
   mutable unsigned int m_cachedVersion = 0;
   mutable bool m_canWalkDofs = false;
 };
