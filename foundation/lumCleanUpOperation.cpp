@@ -2,6 +2,7 @@
 
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
+#include "foundation/lumParameterMap.h"
 
 LUM_DESCRIBE(ClumCleanUpOperation)
 {
@@ -18,6 +19,17 @@ lmStatus ClumCleanUpOperation::init(const ClumCleanUpOperationWkPtr& i_weakPtr)
 {
   const lmStatus status = ClumOperation::init(i_weakPtr);
   return status.failed() || (m_operation && m_cleanUp) ? status : lmStatus(lmStatus::FAILURE);
+}
+
+ClumOperation::EThreadSafety ClumCleanUpOperation::threadSafety() const
+{
+  const bool isSafe = m_operation->threadSafety() == THREAD_SAFE && m_cleanUp->threadSafety() == THREAD_SAFE;
+  return isSafe ? THREAD_SAFE : THREAD_UNSAFE;
+}
+
+ClumOperationShPtr ClumCleanUpOperation::simplify() const
+{
+  return customParameters()->empty() ? create(m_operation->simplify(), m_cleanUp->simplify()) : self();
 }
 
 void ClumCleanUpOperation::encodeWithCoder(const ClumCoderShPtr& i_coder) const

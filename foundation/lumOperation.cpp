@@ -3,7 +3,9 @@
 #include "foundation/lumCleanUpOperation.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumLoopOperation.h"
+#include "foundation/lumMultithreadedParallelOperation.h"
 #include "foundation/lumParallelCooperativeOperation.h"
+#include "foundation/lumParallelOperation.h"
 #include "foundation/lumParameterMap.h"
 #include "foundation/lumSequenceOperation.h"
 #include "foundation/lumWeightedParallelCooperativeOperation.h"
@@ -42,10 +44,7 @@ ClumOperationShPtr ClumOperation::then(const ClumOperationShPtr& i_next) const
 
 ClumOperationShPtr ClumOperation::with(const ClumOperationShPtr& i_other) const
 {
-  const ClumParallelCooperativeOperationShPtr parallel = ClumParallelCooperativeOperation::create();
-  if (!i_other || parallel->addOperation(simplify()).failed() || parallel->addOperation(i_other->simplify()).failed())
-    return ClumOperationShPtr();
-  return parallel;
+  return composed(ClumParallelCooperativeOperation::create(), i_other);
 }
 
 ClumOperationShPtr ClumOperation::withWeighted(const ClumOperationShPtr& i_other, double i_weight) const
@@ -55,6 +54,19 @@ ClumOperationShPtr ClumOperation::withWeighted(const ClumOperationShPtr& i_other
       parallel->addOperation(i_other->simplify(), i_weight).failed())
     return ClumOperationShPtr();
   return parallel;
+}
+
+ClumOperationShPtr ClumOperation::multithreadedWith(const ClumOperationShPtr& i_other) const
+{
+  return composed(ClumMultithreadedParallelOperation::create(), i_other);
+}
+
+ClumOperationShPtr ClumOperation::composed(const ClumParallelOperationShPtr& i_parallel,
+                                           const ClumOperationShPtr& i_other) const
+{
+  const bool isComposed = i_parallel && i_other && i_parallel->addOperation(simplify()).succeeded() &&
+                          i_parallel->addOperation(i_other->simplify()).succeeded();
+  return isComposed ? i_parallel : ClumParallelOperationShPtr();
 }
 
 ClumOperationShPtr ClumOperation::finally(const ClumOperationShPtr& i_cleanUp) const

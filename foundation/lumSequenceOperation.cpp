@@ -4,6 +4,8 @@
 #include "foundation/lumDescribe.h"
 #include "foundation/lumParameterMap.h"
 
+#include <algorithm>
+
 LUM_DESCRIBE(ClumSequenceOperation)
 {
   i_class.creates("()", &Self::create);
@@ -34,6 +36,14 @@ lmStatus ClumSequenceOperation::addOperation(const ClumOperationShPtr& i_operati
     return lmStatus(lmStatus::FAILURE);
   m_operations.push_back(i_operation);
   return lmStatus();
+}
+
+ClumOperation::EThreadSafety ClumSequenceOperation::threadSafety() const
+{
+  const bool isSafe =
+    std::all_of(m_operations.begin(), m_operations.end(),
+                [](const ClumOperationShPtr& i_member) { return i_member->threadSafety() == THREAD_SAFE; });
+  return isSafe ? THREAD_SAFE : THREAD_UNSAFE;
 }
 
 ClumOperationShPtr ClumSequenceOperation::simplify() const

@@ -11,6 +11,15 @@ public:
   std::mutex mutex;
 };
 
+namespace
+{
+std::vector<ClumUtilityMultithread::TWorkerContextMaker>& workerContextMakers()
+{
+  static std::vector<ClumUtilityMultithread::TWorkerContextMaker> s_makers;
+  return s_makers;
+}
+} // namespace
+
 ClumMutexShPtr ClumUtilityMultithread::createMutex()
 {
   return ClumMutexShPtr(new ClumMutex);
@@ -38,4 +47,17 @@ unsigned int ClumUtilityMultithread::atomicIncrement(unsigned int volatile& io_v
 void ClumUtilityMultithread::yield()
 {
   std::this_thread::yield();
+}
+
+void ClumUtilityMultithread::addWorkerContext(TWorkerContextMaker i_maker)
+{
+  workerContextMakers().push_back(i_maker);
+}
+
+std::vector<ClumWorkerContextShPtr> ClumUtilityMultithread::makeWorkerContexts()
+{
+  std::vector<ClumWorkerContextShPtr> contexts;
+  for (const TWorkerContextMaker maker : workerContextMakers())
+    contexts.push_back(maker());
+  return contexts;
 }

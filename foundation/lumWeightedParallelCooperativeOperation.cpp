@@ -27,6 +27,12 @@ lmStatus ClumWeightedParallelCooperativeOperation::init(const ClumWeightedParall
   return ClumParallelCooperativeOperation::init(i_weakPtr);
 }
 
+/// The weights of a nested composition are relative to its own members.
+ClumParallelOperationShPtr ClumWeightedParallelCooperativeOperation::makeFlat() const
+{
+  return ClumParallelOperationShPtr();
+}
+
 lmStatus ClumWeightedParallelCooperativeOperation::addOperation(const ClumOperationShPtr& i_operation, double i_weight)
 {
   if (!isUsableWeight(i_weight))

@@ -2,10 +2,31 @@
 
 #include "foundation/lumDescribe.h"
 #include "foundation/lumPRNGGameRand.h"
+#include "foundation/lumUtilityMultithread.h"
 #include "foundation/lumVersion.h"
+
+#include <memory>
+
+namespace
+{
+/// Gives a worker thread a generator of its own, made from that of the thread that starts it.
+class CGeneratorContext : public ClumWorkerContext
+{
+public:
+  static ClumWorkerContextShPtr create() { return ClumWorkerContextShPtr(new CGeneratorContext); }
+  CGeneratorContext() : m_generator(CorvUtility::prng()->makeWorkerGenerator()) {}
+  void enter() override { m_scope.reset(new CorvUtility::CWorkerGenerator(m_generator)); }
+  void leave() override { m_scope.reset(); }
+
+private:
+  ClumPRNGShPtr m_generator;
+  std::unique_ptr<CorvUtility::CWorkerGenerator> m_scope;
+};
+} // namespace
 
 LUM_DESCRIBE(CorvUtility)
 {
+  ClumUtilityMultithread::addWorkerContext(&CGeneratorContext::create);
   i_class.method("static void", "randomSeed", "(unsigned int i_seed)", "", &Self::randomSeed, "SetRandomSeed");
 }
 

@@ -151,7 +151,7 @@ CorvPlannerLoopOperationShPtr CorvPlannerLoopOperation::create(const CorvPlanner
 }
 
 CorvPlannerLoopOperation::CorvPlannerLoopOperation(const CorvPlannerOperationShPtr& i_operation, unsigned int i_count)
-  : m_operation(i_operation), m_count(i_count)
+  : ClumLoopOperation(i_operation, i_count)
 {
 }
 
@@ -161,65 +161,18 @@ CorvPlannerLoopOperation::~CorvPlannerLoopOperation()
 
 lmStatus CorvPlannerLoopOperation::init(const CorvPlannerLoopOperationWkPtr& i_weakPtr)
 {
-  const lmStatus status = ClumOperation::init(i_weakPtr);
-  return status.failed() || (m_operation && m_count > 0) ? status : lmStatus(-1);
+  return ClumLoopOperation::init(i_weakPtr);
 }
 
-void CorvPlannerLoopOperation::encodeWithCoder(const ClumCoderShPtr& i_coder) const
-{
-  ClumOperation::encodeWithCoder(i_coder);
-  i_coder->encodeObjectShPtr(m_operation, "operation");
-  i_coder->encodeUnsignedInt(m_count, "count");
-}
-
-lmStatus CorvPlannerLoopOperation::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
-{
-  const lmStatus status = ClumOperation::initWithCoder(i_coder, i_self);
-  if (status.failed())
-    return status;
-  m_operation = i_coder->decode<CorvPlannerOperation>("operation");
-  m_count = i_coder->decodeUnsignedInt("count");
-  return m_operation && m_count > 0 ? status : lmStatus(-1);
-}
-
-lmStatus CorvPlannerLoopOperation::doStart(const ClumParameterMapShPtr& o_output)
-{
-  m_done = 0;
-  return m_operation->start(parameters(), o_output);
-}
-
-lmStatus CorvPlannerLoopOperation::doStep(bool& o_finished)
-{
-  bool isRoundFinished = false;
-  const lmStatus status = m_operation->step(isRoundFinished);
-  if (status.failed() || !isRoundFinished)
-    return status;
-  o_finished = ++m_done == m_count;
-  return o_finished ? status : startNextRound();
-}
-
-/// The results of the round before, under the keys of the inputs.
-lmStatus CorvPlannerLoopOperation::startNextRound()
+ClumParameterMapConstShPtr CorvPlannerLoopOperation::parametersOfRun(unsigned int i_rank) const
 {
   using Operation = CorvPlannerOperation;
+  if (i_rank == 0)
+    return parameters();
   const ClumParameterMapShPtr output = outputParameters();
   const ClumParameterMapShPtr input = ClumParameterMap::createWithBase(parameters());
   input->setShPtr(Operation::INPUT_PATH_KEY, output->shPtrValue<CorvPath>(Operation::OUTPUT_PATH_KEY));
   input->setShPtr(Operation::WAYPOINT_STABILITY_KEY,
                   output->shPtrValue<std::vector<bool>>(Operation::WAYPOINT_STABILITY_KEY));
-  return m_operation->start(input, output);
-}
-
-lmStatus CorvPlannerLoopOperation::doFinish(const ClumParameterMapShPtr&)
-{
-  return stop(m_operation);
-}
-
-lmStatus CorvPlannerLoopOperation::doComputeCompletion(double& o_completion) const
-{
-  double ofRound = 0.0;
-  if (m_operation->state() == STATE_RUNNING && m_operation->computeCompletion(ofRound).failed())
-    ofRound = 0.0;
-  o_completion = m_count == 0 ? 0.0 : (m_done + ofRound) / m_count;
-  return lmStatus();
+  return input;
 }

@@ -1,5 +1,6 @@
 #include "roadmaps/orvBuilder.h"
 
+#include "foundation/lumAutotuningParallelCooperativeOperation.h"
 #include "foundation/lumCleanUpOperation.h"
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
@@ -13,6 +14,7 @@
 #include "planners/orvBuilderPlanner.h"
 #include "roadmaps/edgeMaking.h"
 #include "roadmaps/orvEdge.h"
+#include "roadmaps/orvInjectionBuilder.h"
 #include "roadmaps/orvLinkerStandard.h"
 #include "roadmaps/orvNode.h"
 #include "roadmaps/orvOperationAdapterBuilder.h"
@@ -70,6 +72,13 @@ CorvBuilderShPtr CorvBuilder::with(const CorvBuilderShPtr& i_other) const
   return CorvOperationAdapterBuilder::create(m_roadmap, ClumOperation::with(i_other));
 }
 
+CorvBuilderShPtr CorvBuilder::withAutotuned(const CorvBuilderShPtr& i_other) const
+{
+  return CorvOperationAdapterBuilder::create(m_roadmap, composed(ClumAutotuningParallelCooperativeOperation::create(
+                                                                   m_roadmap->notificator(), CorvRoadmap::DID_ADD_NODE),
+                                                                 i_other));
+}
+
 CorvBuilderShPtr CorvBuilder::withWeighted(const CorvBuilderShPtr& i_other, double i_weight) const
 {
   return CorvOperationAdapterBuilder::create(m_roadmap, ClumOperation::withWeighted(i_other, i_weight));
@@ -78,6 +87,12 @@ CorvBuilderShPtr CorvBuilder::withWeighted(const CorvBuilderShPtr& i_other, doub
 CorvBuilderShPtr CorvBuilder::finally(const CorvBuilderShPtr& i_cleanUp) const
 {
   return CorvOperationAdapterBuilder::create(m_roadmap, ClumOperation::finally(i_cleanUp));
+}
+
+CorvBuilderShPtr CorvBuilder::afterInjection() const
+{
+  const CorvBuilderShPtr injection = CorvInjectionBuilder::create(m_roadmap);
+  return injection ? injection->then(self()) : injection;
 }
 
 lmStatus CorvBuilder::build(const ClumParameterMapConstShPtr& i_parameters)

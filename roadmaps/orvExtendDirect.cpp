@@ -9,7 +9,7 @@
 #include "roadmaps/linkSearch.h"
 #include "validation/orvValidatorDPCollision.h"
 
-unsigned int CorvExtendDirect::s_extensionCount = 0;
+std::atomic<unsigned int> CorvExtendDirect::s_extensionCount{0};
 
 LUM_DESCRIBE(CorvExtendDirect)
 {

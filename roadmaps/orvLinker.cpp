@@ -41,8 +41,9 @@ lmStatus CorvLinker::link(EDirection i_direction, const CorvNodeShPtr& i_node,
     return doLink(LINK_FROM_NODE, i_node, parameters);
   if (i_direction != LINK_BOTH)
     return doLink(i_direction, i_node, parameters);
-  const lmStatus status = doLink(LINK_FROM_NODE, i_node, parameters);
-  return status.failed() ? status : doLink(LINK_TO_NODE, i_node, parameters);
+  const lmStatus from = doLink(LINK_FROM_NODE, i_node, parameters);
+  const lmStatus to = doLink(LINK_TO_NODE, i_node, parameters);
+  return from.failed() ? from : to;
 }
 
 lmStatus CorvLinker::roadmapLink(const CorvNodeShPtr& i_start, const CorvNodeShPtr& i_end,

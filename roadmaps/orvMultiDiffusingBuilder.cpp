@@ -1,6 +1,7 @@
 #include "roadmaps/orvMultiDiffusingBuilder.h"
 
 #include "foundation/lumCoder.h"
+#include "foundation/lumDataMonitor.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumLogManager.h"
 #include "foundation/lumParallelCooperativeOperation.h"
@@ -373,6 +374,8 @@ CorvMultiDiffusingBuilder::CStanding CorvMultiDiffusingBuilder::standingOf(EDiff
     double rating = std::numeric_limits<double>::infinity();
     if (m_rating->getRating(builder, rating).succeeded())
       standing.sum += rating;
+    if (ClumDataMonitor::s_hasMonitor)
+      ClumDataMonitor::plot("rating$ " + std::to_string(rank), rating);
     const bool isStuck = builder->countFruitlessShots() >= s_stuckShotCount;
     const bool isBetter = isStuck == isBestStuck ? rating < bestRating : isBestStuck;
     if (!standing.exists || isBetter)

@@ -17,6 +17,10 @@ public:
   const ClumOperationShPtr& operation() const { return m_operation; }
   const ClumOperationShPtr& cleanUp() const { return m_cleanUp; }
 
+  EThreadSafety threadSafety() const override;
+  /// Both in their own simple forms.
+  ClumOperationShPtr simplify() const override;
+
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
 

@@ -3,6 +3,7 @@
 #include "foundation/lumCodable.h"
 #include "foundation/lumStringKey.h"
 
+#include <atomic>
 #include <vector>
 
 /// Long work in short steps, which a caller can run to its end, advance, observe, stop and combine.
@@ -14,8 +15,11 @@
 /// A subclass does its work in `doStart`, `doStep` and `doFinish`, or hands it to a delegate: while one is current,
 /// each step of this operation steps the delegate instead of calling `doStep`.
 ///
-/// Compositions hold their members, run in the caller's thread, and hand them their own parameters and output. They are
-/// made of the members as `simplify` gives them, and are null if a member is.
+/// Compositions hold their members and hand them their own parameters and output. They are made of the members as
+/// `simplify` gives them, and are null if a member is. But for `multithreadedWith`, they run in the caller's thread and
+/// are as thread-safe as their members.
+///
+/// One thread at a time works with an operation; another one may only call `abort`.
 class LUM_API ClumOperation : public ClumMutableCodable
 {
   LUM_ABSTRACT(ClumOperation, ClumMutableCodable);
@@ -46,12 +50,14 @@ public:
   virtual ClumOperationShPtr with(const ClumOperationShPtr& i_other) const;
   /// @param i_weight the other's share of steps, where this operation has 1.
   virtual ClumOperationShPtr withWeighted(const ClumOperationShPtr& i_other, double i_weight) const;
+  /// Each in a thread of its own. @return null too if one of them is not thread-safe.
+  virtual ClumOperationShPtr multithreadedWith(const ClumOperationShPtr& i_other) const;
   virtual ClumOperationShPtr finally(const ClumOperationShPtr& i_cleanUp) const;
   /// @return null for a count of 0.
   virtual ClumOperationShPtr loop(unsigned int i_count) const;
   virtual ClumOperationShPtr attempt(unsigned int i_count) const;
   virtual EThreadSafety threadSafety() const { return THREAD_UNSAFE; }
-  /// An operation that does the same with fewer layers; by default this one.
+  /// An operation that does the same with fewer layers; by default this one. One with custom parameters stays as it is.
   virtual ClumOperationShPtr simplify() const { return self(); }
 
   /// @param i_parameters may be null. The operation's own `customParameters` are laid over them.
@@ -62,7 +68,7 @@ public:
   /// if it was the last one, of the end. A failure finishes the run.
   lmStatus step(bool& o_finished);
   lmStatus operate(const ClumParameterMapConstShPtr& i_parameters, const ClumParameterMapShPtr& o_output);
-  /// Makes the next step end the run. No effect unless the operation is running.
+  /// Makes the next step end the run. No effect unless the operation is running. May be called by any thread.
   void abort();
 
   EState state() const { return m_state; }
@@ -97,6 +103,10 @@ protected:
   /// delegate fails this operation.
   virtual lmStatus doStepDelegate(bool& o_finished);
 
+  /// Puts this operation and the other one, both in their simple forms, into an empty composition. @return null if it
+  /// is null or refuses one of them.
+  ClumOperationShPtr composed(const ClumParallelOperationShPtr& i_parallel, const ClumOperationShPtr& i_other) const;
+
   /// Starts an operation with this one's parameters and makes it current. @return -1 if it is null, if one is current
   /// already or if this operation is not running; otherwise its start's status.
   lmStatus startDelegateOperation(const ClumOperationShPtr& i_delegate);
@@ -120,7 +130,7 @@ private:
   void transferDelegateOutputs();
 
   EState m_state = STATE_IDLE;
-  bool m_isAborting = false;
+  std::atomic<bool> m_isAborting{false};
   ClumParameterMapShPtr m_customParameters;
   ClumParameterMapConstShPtr m_parameters;
   ClumParameterMapShPtr m_output;

@@ -19,6 +19,7 @@ public:
   /// @param i_rank below `countOperations()`.
   const ClumOperationShPtr& operation(unsigned int i_rank) const { return m_operations[i_rank]; }
 
+  EThreadSafety threadSafety() const override;
   /// The members in their own simple forms, or the only one itself.
   ClumOperationShPtr simplify() const override;
 

@@ -23,4 +23,6 @@ public:
 protected:
   ClumWeightedParallelCooperativeOperation() = default;
   lmStatus init(const ClumWeightedParallelCooperativeOperationWkPtr& i_weakPtr);
+
+  ClumParallelOperationShPtr makeFlat() const override;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/lumOperation.h"
+#include "foundation/lumLoopOperation.h"
 #include "paths/handles.h"
 #include "planners/handles.h"
 
@@ -60,32 +60,20 @@ private:
 
 /// Repeats a planner operation, each time on the result of the round before. A failing round ends the loop with its
 /// failure; the output is that of the last round.
-class LUM_API CorvPlannerLoopOperation : public ClumOperation
+class LUM_API CorvPlannerLoopOperation : public ClumLoopOperation
 {
-  LUM_CONCRETE(CorvPlannerLoopOperation, ClumOperation);
+  LUM_CONCRETE(CorvPlannerLoopOperation, ClumLoopOperation);
 
 public:
   /// @return null if the operation is null or the count 0.
   static CorvPlannerLoopOperationShPtr create(const CorvPlannerOperationShPtr& i_operation, unsigned int i_count);
   ~CorvPlannerLoopOperation() override;
-  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
-  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
 
 protected:
   CorvPlannerLoopOperation() = default;
   CorvPlannerLoopOperation(const CorvPlannerOperationShPtr& i_operation, unsigned int i_count);
-  CorvPlannerLoopOperation(const CorvPlannerLoopOperation&) = default;
   lmStatus init(const CorvPlannerLoopOperationWkPtr& i_weakPtr);
 
-  lmStatus doStart(const ClumParameterMapShPtr& o_output) override;
-  lmStatus doStep(bool& o_finished) override;
-  lmStatus doFinish(const ClumParameterMapShPtr& o_output) override;
-  lmStatus doComputeCompletion(double& o_completion) const override;
-
-private:
-  lmStatus startNextRound();
-
-  CorvPlannerOperationShPtr m_operation;
-  unsigned int m_count = 0;
-  unsigned int m_done = 0;
+  /// From the second round on with the results of the round before, under the keys of the inputs.
+  ClumParameterMapConstShPtr parametersOfRun(unsigned int i_rank) const override;
 };

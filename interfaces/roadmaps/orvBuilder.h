@@ -41,9 +41,13 @@ public:
   /// Compositions on this builder's roadmap. @return null if the other is null or cannot be a member.
   virtual CorvBuilderShPtr then(const CorvBuilderShPtr& i_next) const;
   virtual CorvBuilderShPtr with(const CorvBuilderShPtr& i_other) const;
+  /// The one that adds more nodes to the roadmap gets more steps. @return null too if the roadmap has no notificator.
+  virtual CorvBuilderShPtr withAutotuned(const CorvBuilderShPtr& i_other) const;
   /// @param i_weight the other's share of steps, where this builder has 1.
   virtual CorvBuilderShPtr withWeighted(const CorvBuilderShPtr& i_other, double i_weight) const;
   virtual CorvBuilderShPtr finally(const CorvBuilderShPtr& i_cleanUp) const;
+  /// A builder that puts the hint path of its parameters into the roadmap, followed by this one.
+  virtual CorvBuilderShPtr afterInjection() const;
 
   /// Runs to the end, which many builders never reach by themselves.
   lmStatus build(const ClumParameterMapConstShPtr& i_parameters);
@@ -83,7 +87,7 @@ public:
   lmStatus nodeFactory(const CorvNodeFactoryShPtr& i_factory);
   lmStatus edgeFactory(const CorvEdgeFactoryShPtr& i_factory);
   /// Null for no linking.
-  virtual void linker(const CorvLinkerShPtr& i_linker) { m_linker = i_linker; }
+  void linker(const CorvLinkerShPtr& i_linker) { m_linker = i_linker; }
 
   /// This run's own parameters; null between runs.
   const ClumParameterMapShPtr& buildParameters() const { return m_buildParameters; }

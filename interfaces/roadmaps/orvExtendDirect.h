@@ -2,6 +2,8 @@
 
 #include "roadmaps/orvExtendMethod.h"
 
+#include <atomic>
+
 /// Keeps the valid part of the direct path.
 ///
 /// With restriction bounds, a length is drawn between them first, and only that much of the direct path is tested. The
@@ -42,5 +44,5 @@ private:
   double m_upperRestrictionBound = -1.0;
   ClumParameterMapShPtr m_testParameters; ///< of the validation, on the parameters of the plan at hand
 
-  static unsigned int s_extensionCount;
+  static std::atomic<unsigned int> s_extensionCount;
 };

@@ -81,7 +81,7 @@ public:
   virtual const CorvPathPlannerShPtr& extendMethod() const;
   void extendMethod(const CorvPathPlannerShPtr& i_extendMethod);
   using CorvBuilder::linker;
-  void linker(const CorvLinkerShPtr& i_linker) override;
+  void linker(const CorvLinkerShPtr& i_linker);
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
