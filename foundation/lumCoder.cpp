@@ -1,6 +1,7 @@
 #include "foundation/lumCoder.h"
 
 #include "foundation/lumCodable.h"
+#include "foundation/lumColor.h"
 #include "foundation/lumLogManager.h"
 #include "foundation/lumMat4.h"
 
@@ -51,7 +52,7 @@ void encodeCodedValue(ClumCoder& io_coder, const ClumValue& i_value)
 
 ClumValue decodeCodedValue(ClumCoder& io_coder)
 {
-  switch (static_cast<ClumValue::EType>(io_coder.decodeInt(VALUE_TYPE_KEY)))
+  switch (io_coder.decodeInt(VALUE_TYPE_KEY))
   {
   case ClumValue::BOOL: return ClumValue(io_coder.decodeBool(VALUE_KEY));
   case ClumValue::INT: return ClumValue(io_coder.decodeInt(VALUE_KEY));
@@ -93,6 +94,7 @@ LUM_CODER_VECTOR(Float, float, Float)
 LUM_CODER_VECTOR(Double, double, Double)
 LUM_CODER_VECTOR(String, std::string, String)
 LUM_CODER_VECTOR(Bool, bool, Bool)
+LUM_CODER_VECTOR(Color, ClumColor, Color)
 LUM_CODER_VECTOR(Mat4, ClumMat4, Mat4)
 LUM_CODER_VECTOR(Vect3, ClumVect3, Vect3)
 #undef LUM_CODER_VECTOR
@@ -193,6 +195,12 @@ lmStatus ClumCoder::encodeObjectShPtr(const ClumCodableConstShPtr& i_object, con
 void ClumCoder::encodeWeakObjectWkPtr(const ClumCodableConstWkPtr& i_object, const std::string& i_key)
 {
   encodeWeakObject(i_object.lock().get(), i_key);
+}
+
+ClumCodableShPtr ClumCoder::decodeHeldObject(const std::string& i_key, EHold, bool (*i_isFitting)(const ClumObject&))
+{
+  const ClumCodableShPtr object = decodeObject(i_key);
+  return object && i_isFitting(*object) ? object : ClumCodableShPtr();
 }
 
 bool ClumCoder::isDecodedVersionStrictlyLowerThan(int i_version) const

@@ -238,10 +238,10 @@ lmStatus ClumCollectionAdapterGeometry::initWithCoder(const ClumCoderShPtr& i_co
   const lmStatus status = ClumGeometry::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_object = i_coder->decode<ClumObject>("object");
+  m_object = i_coder->decodeWeak<ClumObject>("object");
   m_collection = i_coder->decodeString("collection");
   m_framesCollection = i_coder->decodeString("framesCollection");
-  m_scene = i_coder->decode<ClumScene>("scene");
+  m_scene = i_coder->decodeWeak<ClumScene>("scene");
   i_coder->decodeObjects("extracted", m_extracted);
   m_appliedPosition = i_coder->decodeMat4("appliedPosition");
   return status;

@@ -629,7 +629,7 @@ lmStatus ClumScene::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
     return status;
   i_coder->decodeObjects("geometries", m_geometries);
   i_coder->decodeObjects("subScenes", m_subScenes);
-  m_parent = i_coder->decode<ClumScene>("parent");
+  m_parent = i_coder->decodeWeak<ClumScene>("parent");
   i_coder->beginVectorDecoding("tests");
   while (i_coder->canContinueVectorDecoding())
   {

@@ -76,6 +76,6 @@ lmStatus ClumSceneExtractorGeometry::initWithCoder(const ClumCoderShPtr& i_coder
   if (status.failed())
     return status;
   m_extracted = i_coder->decode<ClumGeometry>("extracted");
-  m_adapter = i_coder->decode<ClumCollectionAdapterGeometry>("adapter");
+  m_adapter = i_coder->decodeWeak<ClumCollectionAdapterGeometry>("adapter");
   return m_extracted ? status : lmStatus(NULL_MEMBER_ERROR);
 }

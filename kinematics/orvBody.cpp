@@ -251,7 +251,7 @@ lmStatus CorvBody::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodabl
   const lmStatus status = ClumMutableCodable::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_joint = i_coder->decode<CorvJoint>("joint");
+  m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   m_relativePosition = i_coder->decodeMat4("relativePosition");
   m_absolutePosition = i_coder->decodeMat4("absolutePosition");
   m_version = i_coder->decodeUnsignedInt("version");

@@ -103,9 +103,9 @@ lmStatus CorvConfigSpace::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   if (status.failed())
     return status;
   m_type = i_coder->decodeString("type");
-  m_parent = i_coder->decode<CorvConfigSpace>("parent");
-  m_device = i_coder->decode<CorvDevice>("device");
-  m_joint = i_coder->decode<CorvJoint>("joint");
+  m_parent = i_coder->decodeWeak<CorvConfigSpace>("parent");
+  m_device = i_coder->decodeWeak<CorvDevice>("device");
+  m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   m_steeringMethod = i_coder->decode<CorvSteeringMethod>("steeringMethod");
   m_metric = i_coder->decode<CorvMetric>("metric");
   // The shared empty set is not stored.

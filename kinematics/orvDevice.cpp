@@ -1150,7 +1150,7 @@ lmStatus CorvDevice::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
   if (status.failed())
     return status;
   m_configSpace = i_coder->decode<CorvCSComposite>("configSpace");
-  m_wrapperSpace = i_coder->decode<CorvCSDeviceWrapper>("wrapperSpace");
+  m_wrapperSpace = i_coder->decodeWeak<CorvCSDeviceWrapper>("wrapperSpace");
   m_rootJoint = i_coder->decode<CorvJoint>("rootJoint");
   i_coder->decodeObjects("extraDofs", m_extraDofs);
   m_isKinematicalChainLocked = i_coder->decodeBool("isKinematicalChainLocked");

@@ -1267,13 +1267,13 @@ lmStatus CorvJoint::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
   const lmStatus status = ClumMutableCodable::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_parentJoint = i_coder->decode<CorvJoint>("parentJoint");
+  m_parentJoint = i_coder->decodeWeak<CorvJoint>("parentJoint");
   std::vector<ClumCodableShPtr> virtualChildren;
   i_coder->decodeWeakObjectShPtrVector("virtualChildren", virtualChildren);
   for (const ClumCodableShPtr& child : virtualChildren)
     if (const CorvJointShPtr joint = boost::dynamic_pointer_cast<CorvJoint>(child))
       m_virtualChildren.push_back(joint);
-  m_linkedJoint = i_coder->decode<CorvJoint>("linkedJoint");
+  m_linkedJoint = i_coder->decodeWeak<CorvJoint>("linkedJoint");
   m_kinematicalEffect = i_coder->decode<CorvKinematicalEffect>("kinematicalEffect");
   m_attachedBody = i_coder->decode<CorvBody>("attachedBody");
   m_configSpace = i_coder->decode<CorvCSComposite>("configSpace");

@@ -139,6 +139,6 @@ lmStatus CorvMetric::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
   if (status.failed())
     return status;
   m_type = i_coder->decodeString("type");
-  m_randomWalk = boost::dynamic_pointer_cast<const CorvRandomWalk>(i_coder->decodeObject("randomWalk"));
-  return lmStatus();
+  m_randomWalk = i_coder->decode<CorvRandomWalk>("randomWalk");
+  return m_type.empty() || !m_randomWalk ? lmStatus(lmStatus::FAILURE) : lmStatus();
 }

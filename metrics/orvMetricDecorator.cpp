@@ -35,6 +35,18 @@ void CorvMetricDecorator::randomStep(const CorvConfig& i_from, double i_step, Co
   m_decoratedMetric->randomStep(i_from, i_step, o_config);
 }
 
+bool CorvMetricDecorator::isDecoratedBy(const CorvMetricShPtr& i_metric) const
+{
+  CorvMetricShPtr inner = i_metric;
+  while (const auto decorator = boost::dynamic_pointer_cast<CorvMetricDecorator>(inner))
+  {
+    if (decorator.get() == this)
+      return true;
+    inner = decorator->m_decoratedMetric;
+  }
+  return false;
+}
+
 CorvMetricShPtr CorvMetricDecorator::find(const std::string& i_type) const
 {
   return i_type == m_decoratorType ? self() : m_decoratedMetric->find(i_type);
@@ -42,7 +54,7 @@ CorvMetricShPtr CorvMetricDecorator::find(const std::string& i_type) const
 
 lmStatus CorvMetricDecorator::substitute(const std::string& i_type, const CorvMetricShPtr& i_metric)
 {
-  if (!i_metric)
+  if (!i_metric || isDecoratedBy(i_metric))
     return lmStatus(lmStatus::FAILURE);
   const lmStatus status = m_decoratedMetric->substitute(i_type, i_metric);
   if (status.succeeded() || m_decoratedMetric->type() != i_type)
@@ -114,6 +126,6 @@ lmStatus CorvMetricDecorator::initWithCoder(const ClumCoderShPtr& i_coder, const
   if (status.failed())
     return status;
   m_decoratorType = i_coder->decodeString("decoratorType");
-  m_decoratedMetric = boost::dynamic_pointer_cast<CorvMetric>(i_coder->decodeObject("decoratedMetric"));
-  return m_decoratedMetric ? lmStatus() : lmStatus(lmStatus::FAILURE);
+  m_decoratedMetric = i_coder->decode<CorvMetric>("decoratedMetric");
+  return m_decoratedMetric && !isDecoratedBy(m_decoratedMetric) ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

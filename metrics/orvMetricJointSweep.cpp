@@ -89,6 +89,11 @@ bool CorvMetricJointSweep::isScaledCircular(double& o_scale) const
   return isScaledCircularBy(scale(), o_scale);
 }
 
+bool CorvMetricJointSweep::operator==(const CorvMetric& i_other) const
+{
+  return dynamic_cast<const CorvMetricJointSweep*>(&i_other) && CorvMetricDecorator::operator==(i_other);
+}
+
 namespace
 {
 void giveJointToSweeps(const CorvConfigSpace& i_space, const CorvJointShPtr& i_joint)
@@ -122,6 +127,6 @@ lmStatus CorvMetricJointSweep::initWithCoder(const ClumCoderShPtr& i_coder, cons
   const lmStatus status = CorvMetricDecorator::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_joint = boost::dynamic_pointer_cast<CorvJoint>(i_coder->decodeObject("joint"));
+  m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   return lmStatus();
 }

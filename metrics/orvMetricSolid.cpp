@@ -75,6 +75,6 @@ lmStatus CorvMetricSolid::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   const lmStatus status = CorvMetric::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_joint = boost::dynamic_pointer_cast<CorvJoint>(i_coder->decodeObject("joint"));
+  m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   return lmStatus();
 }

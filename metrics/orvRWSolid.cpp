@@ -77,6 +77,6 @@ lmStatus CorvRWSolid::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCod
   const lmStatus status = CorvRandomWalk::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_joint = boost::dynamic_pointer_cast<CorvJoint>(i_coder->decodeObject("joint"));
+  m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   return lmStatus();
 }

@@ -41,6 +41,6 @@ lmStatus CorvRandomWalk::initWithCoder(const ClumCoderShPtr& i_coder, const Clum
   const lmStatus status = ClumCodable::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_distribution = boost::dynamic_pointer_cast<const CorvRandomDistribution>(i_coder->decodeObject("distribution"));
+  m_distribution = i_coder->decode<CorvRandomDistribution>("distribution");
   return lmStatus();
 }

@@ -1,6 +1,6 @@
 # What ./run, ./check and ./bench share. Sourced with the repository as the working directory.
 
-ORVANE_PACKAGES="g++ cmake ninja-build pkg-config libboost-dev libeigen3-dev libfcl-dev libassimp-dev libgtest-dev libcli11-dev nlohmann-json3-dev"
+ORVANE_PACKAGES="g++ cmake ninja-build pkg-config libboost-dev libeigen3-dev libfcl-dev libassimp-dev libpugixml-dev libgtest-dev libcli11-dev nlohmann-json3-dev"
 
 # install_packages NAME...: installs the Debian packages that are missing; says what to install where it may not.
 install_packages()

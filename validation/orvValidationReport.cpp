@@ -64,6 +64,6 @@ lmStatus CorvValidationReport::initWithCoder(const ClumCoderShPtr& i_coder, cons
   if (status.failed())
     return status;
   m_isValid = i_coder->decodeBool("validity");
-  m_space = i_coder->decode<CorvConfigSpace>("space");
+  m_space = i_coder->decodeWeak<CorvConfigSpace>("space");
   return lmStatus();
 }

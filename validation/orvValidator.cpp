@@ -358,8 +358,8 @@ lmStatus CorvValidator::initWithCoder(const ClumCoderShPtr& i_coder, const ClumC
     return status;
   m_isActivated = i_coder->decodeBool("activated");
   m_name = i_coder->decodeString("name");
-  m_space = i_coder->decode<CorvConfigSpace>("configSpace");
-  m_device = i_coder->decode<CorvDevice>("device");
+  m_space = i_coder->decodeWeak<CorvConfigSpace>("configSpace");
+  m_device = i_coder->decodeWeak<CorvDevice>("device");
   m_pool = i_coder->decode<CorvValidationPool>("pool");
   return lmStatus();
 }

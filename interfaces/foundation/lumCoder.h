@@ -11,7 +11,7 @@
 /// object that is encoded twice is decoded as one, so shared handles, weak back references and cycles with one weak
 /// edge survive. A weak reference never causes the object to be written: if nothing else wrote it, it decodes as null.
 /// Decoding makes an object by its class name, calls `initWithCoder`, and once the whole graph stands, `awake` on every
-/// object of it. An object whose `initWithCoder` fails is dropped: references to it decode as null.
+/// object of it.
 ///
 /// A missing key of a plain type reads as 0 or empty; a null object is legal. The vector operations are written here on
 /// `beginVectorEncoding`, the scalar operations and `endVectorEncoding`, so a store has to supply only those.
@@ -37,6 +37,7 @@ public:
   virtual void encodeWeakObject(const ClumCodable* i_object, const std::string& i_key) = 0;
 
   // Values. Pointers are kept as they are, which only a coder in memory can do.
+  virtual void encodeColor(const ClumColor& i_value, const std::string& i_key) = 0;
   virtual void encodeMat4(const ClumMat4& i_value, const std::string& i_key) = 0;
   virtual void encodeVect3(const ClumVect3& i_value, const std::string& i_key) = 0;
   virtual void encodePointer(void* i_pointer, const std::string& i_key) = 0;
@@ -65,6 +66,7 @@ public:
   virtual void encodeDoubleVector(const std::vector<double>& i_values, const std::string& i_key);
   virtual void encodeStringVector(const std::vector<std::string>& i_values, const std::string& i_key);
   virtual void encodeBoolVector(const std::vector<bool>& i_values, const std::string& i_key);
+  virtual void encodeColorVector(const std::vector<ClumColor>& i_values, const std::string& i_key);
   virtual void encodeMat4Vector(const std::vector<ClumMat4>& i_values, const std::string& i_key);
   virtual void encodeVect3Vector(const std::vector<ClumVect3>& i_values, const std::string& i_key);
   virtual void encodePoint3Vector(const std::vector<ClumPoint3>& i_values, const std::string& i_key);
@@ -81,6 +83,7 @@ public:
   virtual double decodeDouble(const std::string& i_key) = 0;
   virtual std::string decodeString(const std::string& i_key) = 0;
   virtual bool decodeBool(const std::string& i_key) = 0;
+  virtual ClumColor decodeColor(const std::string& i_key) = 0;
   /// The identity if the key is missing.
   virtual ClumMat4 decodeMat4(const std::string& i_key) = 0;
   virtual ClumVect3 decodeVect3(const std::string& i_key) = 0;
@@ -113,6 +116,7 @@ public:
   virtual void decodeDoubleVector(const std::string& i_key, std::vector<double>& o_values);
   virtual void decodeStringVector(const std::string& i_key, std::vector<std::string>& o_values);
   virtual void decodeBoolVector(const std::string& i_key, std::vector<bool>& o_values);
+  virtual void decodeColorVector(const std::string& i_key, std::vector<ClumColor>& o_values);
   virtual void decodeMat4Vector(const std::string& i_key, std::vector<ClumMat4>& o_values);
   virtual void decodeVect3Vector(const std::string& i_key, std::vector<ClumVect3>& o_values);
   virtual void decodePoint3Vector(const std::string& i_key, std::vector<ClumPoint3>& o_values);
@@ -131,11 +135,23 @@ public:
   /// release has the larger magnitude.
   bool isDecodedVersionStrictlyLowerThan(int i_version) const;
 
-  /// `decodeObject` as the wanted class: null if the object is of another.
+  /// `decodeObject` for a reference that owns, beside others perhaps: null if the object is of another class.
   template <class X>
   ShPtr<X> decode(const std::string& i_key)
   {
-    return boost::dynamic_pointer_cast<X>(decodeObject(i_key));
+    return decodeHeld<X>(i_key, SHARED);
+  }
+  /// The same for an object that belongs to one owner alone, as the members of a tree do.
+  template <class X>
+  ShPtr<X> decodePart(const std::string& i_key)
+  {
+    return decodeHeld<X>(i_key, SOLE);
+  }
+  /// The same for a reference that is held weakly, for instance to the owner of what is being read.
+  template <class X>
+  ShPtr<X> decodeWeak(const std::string& i_key)
+  {
+    return decodeHeld<X>(i_key, WEAK);
   }
   /// Vectors of handles of any codable class. On reading, an object of another class gives null.
   template <class X>
@@ -146,11 +162,12 @@ public:
   template <class X>
   void decodeObjects(const std::string& i_key, std::vector<ShPtr<X>>& o_objects)
   {
-    std::vector<ClumCodableShPtr> objects;
-    decodeObjectShPtrVector(i_key, objects);
-    o_objects.clear();
-    for (const ClumCodableShPtr& object : objects)
-      o_objects.push_back(boost::dynamic_pointer_cast<X>(object));
+    decodeHeldObjects(i_key, SHARED, o_objects);
+  }
+  template <class X>
+  void decodeParts(const std::string& i_key, std::vector<ShPtr<X>>& o_objects)
+  {
+    decodeHeldObjects(i_key, SOLE, o_objects);
   }
 
 protected:
@@ -159,4 +176,37 @@ protected:
 
   /// What becomes of an object that could not be encoded. Here: an error in the log.
   virtual void handleEncodingFailure(const lmStatus& i_status);
+
+  /// How the reader holds an object: a coder that does not trust what it reads refuses an object with two sole owners
+  /// and one that is owned where the text only refers to it, since both could close a circle of owners.
+  enum EHold
+  {
+    SHARED,
+    SOLE,
+    WEAK
+  };
+  /// @return null if the object is not fitting.
+  virtual ClumCodableShPtr decodeHeldObject(const std::string& i_key, EHold i_hold,
+                                            bool (*i_isFitting)(const ClumObject&));
+
+private:
+  template <class X>
+  ShPtr<X> decodeHeld(const std::string& i_key, EHold i_hold)
+  {
+    return boost::dynamic_pointer_cast<X>(decodeHeldObject(i_key, i_hold, &isOfClass<X>));
+  }
+  template <class X>
+  void decodeHeldObjects(const std::string& i_key, EHold i_hold, std::vector<ShPtr<X>>& o_objects)
+  {
+    o_objects.clear();
+    beginVectorDecoding(i_key);
+    while (canContinueVectorDecoding())
+      o_objects.push_back(decodeHeld<X>(makeVectorItemKey(i_key, static_cast<unsigned int>(o_objects.size())), i_hold));
+    endVectorDecoding();
+  }
+  template <class X>
+  static bool isOfClass(const ClumObject& i_object)
+  {
+    return dynamic_cast<const X*>(&i_object) != nullptr;
+  }
 };

@@ -43,8 +43,8 @@ public:
       return status;
     name = i_coder->decodeString("name");
     i_coder->decodeObjects("children", children);
-    parent = i_coder->decode<CoderProbe>("parent");
-    other = i_coder->decode<CoderProbe>("friend");
+    parent = i_coder->decodeWeak<CoderProbe>("parent");
+    other = i_coder->decodeWeak<CoderProbe>("friend");
     extra = i_coder->decodeObject("extra");
     return i_coder->decodeBool("unreadable") ? lmStatus(-1) : lmStatus();
   }

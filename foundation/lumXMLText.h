@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+struct CCodedGraph;
+
+// The text form of a coded graph, told in docs/file-format.md.
+
+/// @return false, with the reason, if the graph holds what a text cannot keep.
+bool lumWriteXML(const CCodedGraph& i_graph, std::string& o_text, std::string& o_error);
+
+/// Why a text was refused.
+struct CXMLFault
+{
+  std::string reason;
+  std::size_t place = 0; ///< in the text, in bytes
+};
+
+/// Fills an empty graph from `io_graph.text`. @return false, with the first fault, if the text is no such graph; the
+/// graph is then only good for being dropped.
+bool lumReadXML(CCodedGraph& io_graph, CXMLFault& o_fault);
+
+/// @return true if the characters can stand in an XML text: well-formed UTF-8, no control character but tab, line feed
+/// and carriage return.
+bool lumIsXMLText(const char* i_text, std::size_t i_size);
+
+/// True if an object of the graph owns itself, over whatever others.
+bool lumHasCircleOfOwners(const CCodedGraph& i_graph, std::size_t& o_object);
