@@ -6,9 +6,11 @@
 #include "kinematics/orvConfigSpace.h"
 #include "kinematics/orvDof.h"
 #include "metrics/orvMetricRevolute.h"
+#include "paths/orvDPLinear.h"
 #include "paths/orvPathValues.h"
 #include "paths/orvPathVisitor.h"
-#include "paths/orvSteeringMethod.h"
+#include "paths/orvSMLinear.h"
+#include "paths/orvStraightMotion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,8 +31,11 @@ CorvDPComposite::CorvDPComposite(const CorvConfig& i_start, const CorvConfig& i_
 }
 
 CorvDPComposite::CorvDPComposite(const CorvDPComposite& i_other)
-  : CorvDirectPath(i_other), m_directPaths(i_other.m_directPaths.size())
+  : CorvDirectPath(i_other), m_kind(i_other.isStraight() ? STRAIGHT : GENERAL)
 {
+  if (m_kind == STRAIGHT)
+    return;
+  m_directPaths.resize(i_other.m_directPaths.size());
   for (unsigned int i = 0; i < m_directPaths.size(); ++i)
     m_directPaths[i] = CorvDirectPath::createCopy(i_other.m_directPaths[i]);
 }
@@ -49,6 +54,18 @@ CorvDPCompositeShPtr CorvDPComposite::create(const CorvConfig& i_start, const Co
   return lumCreate<CorvDPComposite>(i_start, i_end, i_directPaths, i_steeringMethod);
 }
 
+CorvDPCompositeShPtr CorvDPComposite::createStraight(const CorvConfig& i_start, const CorvConfig& i_end,
+                                                     const CorvSteeringMethodShPtr& i_steeringMethod)
+{
+  if (!CorvDPLinear::canConnect(i_start, i_end))
+    return CorvDPCompositeShPtr();
+  const CorvDPCompositeShPtr path =
+    lumCreate<CorvDPComposite>(i_start, i_end, std::vector<CorvDirectPathShPtr>(), i_steeringMethod);
+  if (path)
+    path->m_kind = STRAIGHT;
+  return path;
+}
+
 CorvDPCompositeShPtr CorvDPComposite::createCopy(const CorvDPCompositeConstShPtr& i_objectToCopy)
 {
   return lumCreateCopy(i_objectToCopy);
@@ -61,18 +78,33 @@ CorvAbstractPathShPtr CorvDPComposite::clone() const
 
 CorvDirectPathConstShPtr CorvDPComposite::directPath(unsigned int i_rank) const
 {
-  return i_rank < m_directPaths.size() ? m_directPaths[i_rank] : CorvDirectPathShPtr();
+  return i_rank < directPaths().size() ? m_directPaths[i_rank] : CorvDirectPathShPtr();
+}
+
+const std::vector<CorvDirectPathShPtr>& CorvDPComposite::directPaths() const
+{
+  if (m_directPaths.empty() && isStraight())
+    m_directPaths.push_back(CorvDPLinear::create(privateStart(), privateEnd(), CorvSMLinear::create(false)));
+  return m_directPaths;
+}
+
+bool CorvDPComposite::isStraight() const
+{
+  if (m_kind == UNKNOWN)
+    m_kind = hasOnlyStraightChild() ? STRAIGHT : GENERAL;
+  return m_kind == STRAIGHT;
+}
+
+bool CorvDPComposite::hasOnlyStraightChild() const
+{
+  const CorvDPLinear* child = m_directPaths.size() == 1 ? dynamic_cast<CorvDPLinear*>(m_directPaths[0].get()) : nullptr;
+  return child && child->configSpace() == privateStart().space() && child->startConfiguration() == privateStart() &&
+         child->endConfiguration() == privateEnd();
 }
 
 double CorvDPComposite::computePrivateLength() const
 {
-  return isWholeSpaceChild() ? m_directPaths[0]->length() : privateStart().distanceTo(privateEnd());
-}
-
-bool CorvDPComposite::isWholeSpaceChild() const
-{
-  return m_directPaths.size() == 1 && m_directPaths[0] &&
-         m_directPaths[0]->privateStart().space() == privateStart().space();
+  return privateStart().distanceTo(privateEnd());
 }
 
 bool CorvDPComposite::isMovingChild(const CorvDirectPathShPtr& i_child) const
@@ -85,9 +117,9 @@ void CorvDPComposite::interpolate(double i_distance, CorvConfig& io_cfg) const
 {
   const double whole = privateLength();
   const double param = whole > 0.0 ? i_distance / whole : 0.0;
-  if (isWholeSpaceChild())
+  if (isStraight())
   {
-    LUM_ASSERT_SUCCESS(m_directPaths[0]->getConfigAtParam(param, io_cfg));
+    orvInterpolateStraight(privateStart(), privateEnd(), param, io_cfg);
     return;
   }
   const CorvConfigSpace& space = *privateStart().space();
@@ -124,9 +156,9 @@ double CorvDPComposite::computeMaxAbsoluteDerivativeForPassiveDof(double, double
 
 void CorvDPComposite::maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const
 {
-  if (isWholeSpaceChild())
+  if (isStraight())
   {
-    fillChildDerivatives(*m_directPaths[0], 0, o_derivatives);
+    orvComputeStraightRates(privateStart(), privateEnd(), privateLength(), o_derivatives);
     return;
   }
   const CorvConfigSpace& space = *privateStart().space();
@@ -176,6 +208,8 @@ void CorvDPComposite::fillChildDerivatives(const CorvDirectPath& i_child, unsign
 
 lmStatus CorvDPComposite::convert(const CorvConfigSpaceShPtr& i_space)
 {
+  if (isStraight())
+    m_directPaths.clear();
   lmStatus status = i_space ? lmStatus() : lmStatus(lmStatus::FAILURE);
   std::vector<CorvDirectPathShPtr> converted(m_directPaths.size());
   for (unsigned int i = 0; i < m_directPaths.size() && status.succeeded(); ++i)
@@ -216,7 +250,7 @@ void CorvDPComposite::describe(const CorvPathVisitorShPtr& i_visitor) const
     return;
   const CorvDPCompositeConstShPtr me = self();
   i_visitor->beginCompositeDirectPath(me);
-  for (const CorvDirectPathShPtr& child : m_directPaths)
+  for (const CorvDirectPathShPtr& child : directPaths())
     if (isMovingChild(child))
       if (const CorvDirectPathConstShPtr part = childInWindow(child))
         part->describe(i_visitor);
@@ -226,7 +260,7 @@ void CorvDPComposite::describe(const CorvPathVisitorShPtr& i_visitor) const
 void CorvDPComposite::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   CorvDirectPath::encodeWithCoder(i_coder);
-  i_coder->encodeObjects(m_directPaths, "m_directPaths");
+  i_coder->encodeObjects(directPaths(), "m_directPaths");
 }
 
 lmStatus CorvDPComposite::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
@@ -235,5 +269,6 @@ lmStatus CorvDPComposite::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   if (status.failed())
     return status;
   i_coder->decodeObjects("m_directPaths", m_directPaths);
+  m_kind = UNKNOWN;
   return lmStatus();
 }

@@ -126,7 +126,7 @@ CorvDirectPathShPtr CorvSMComposite::makeDirectPath(const CorvConfig& i_start, c
     return CorvDirectPathShPtr();
   const CCache& cache = checkCache(*space);
   if (cache.isWholeLinear && !space->hasPassiveDofs())
-    return makeWholeLinear(cache.entries.front(), i_start, i_end);
+    return CorvDPComposite::createStraight(i_start, i_end, self());
   CorvConfig start(i_start);
   CorvConfig end(i_end);
   start.beginPtr();
@@ -142,13 +142,6 @@ CorvDirectPathShPtr CorvSMComposite::makeDirectPath(const CorvConfig& i_start, c
   start.endChange();
   end.endChange();
   return isComplete ? CorvDPComposite::create(start, end, children, self()) : CorvDPCompositeShPtr();
-}
-
-CorvDirectPathShPtr CorvSMComposite::makeWholeLinear(const CEntry& i_entry, const CorvConfig& i_start,
-                                                     const CorvConfig& i_end) const
-{
-  const std::vector<CorvDirectPathShPtr> children(1, i_entry.steeringMethod->makeDirectPath(i_start, i_end));
-  return children[0] ? CorvDPComposite::create(i_start, i_end, children, self()) : CorvDPCompositeShPtr();
 }
 
 bool CorvSMComposite::makeChild(const CEntry& i_entry, CorvConfig& io_start, CorvConfig& io_end,

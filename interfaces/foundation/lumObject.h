@@ -5,6 +5,9 @@
 #include "foundation/lumStatus.h"
 #include "foundation/lumValue.h"
 
+#include <boost/smart_ptr/make_shared_object.hpp>
+
+#include <memory>
 #include <string>
 #include <tuple>
 #include <typeinfo>
@@ -17,20 +20,20 @@
 class LumAccess
 {
 public:
+  /// First phase of construction: the object and the count of its handles, in one block.
   template <class X, class... ARGS>
-  static X* construct(ARGS&&... i_arguments)
+  static ShPtr<X> construct(ARGS&&... i_arguments)
   {
-    return new X(std::forward<ARGS>(i_arguments)...);
+    return boost::allocate_shared<X>(Allocator<X>(), std::forward<ARGS>(i_arguments)...);
   }
 
   /// Second phase of construction. @return null, the object destroyed, if `init` failed.
   template <class X, class... ARGS>
-  static ShPtr<X> initialise(X* i_new, ARGS&&... i_arguments)
+  static ShPtr<X> initialise(ShPtr<X> i_new, ARGS&&... i_arguments)
   {
-    ShPtr<X> object(i_new);
-    if (object->init(WkPtr<X>(object), std::forward<ARGS>(i_arguments)...).failed())
-      object.reset();
-    return object;
+    if (i_new->init(WkPtr<X>(i_new), std::forward<ARGS>(i_arguments)...).failed())
+      i_new.reset();
+    return i_new;
   }
 
   template <class X>
@@ -47,7 +50,7 @@ public:
   template <class X>
   static ClumObjectShPtr alloc()
   {
-    return ShPtr<X>(construct<X>());
+    return construct<X>();
   }
 
   /// The class object's allocator: null for a class that cannot be made.
@@ -61,6 +64,40 @@ public:
   }
 
 private:
+  /// The standard allocator, but for constructors that only the frame may call.
+  template <class X>
+  struct Allocator : std::allocator<X>
+  {
+    template <class Y>
+    struct rebind
+    {
+      using other = Allocator<Y>;
+    };
+
+    Allocator() = default;
+    template <class Y>
+    Allocator(const Allocator<Y>&)
+    {
+    }
+
+    template <class Y, class... ARGS>
+    void construct(Y* o_place, ARGS&&... i_arguments)
+    {
+      LumAccess::constructAt(o_place, std::forward<ARGS>(i_arguments)...);
+    }
+    template <class Y>
+    void destroy(Y* io_object)
+    {
+      io_object->~Y();
+    }
+  };
+
+  template <class X, class... ARGS>
+  static void constructAt(X* o_place, ARGS&&... i_arguments)
+  {
+    ::new (static_cast<void*>(o_place)) X(std::forward<ARGS>(i_arguments)...);
+  }
+
   /// True if the class itself, not only a base, is declared concrete.
   template <class X>
   struct IsConcrete
@@ -105,9 +142,9 @@ std::tuple<ARGS&&...> lumConstruct(ARGS&&... i_arguments)
 template <class X, class... ARGS, class... INIT>
 ShPtr<X> lumCreateWith(std::tuple<ARGS...>&& i_constructorArguments, INIT&&... i_initArguments)
 {
-  X* object = std::apply([](auto&&... a) { return LumAccess::construct<X>(std::forward<decltype(a)>(a)...); },
-                         std::move(i_constructorArguments));
-  return LumAccess::initialise(object, std::forward<INIT>(i_initArguments)...);
+  return LumAccess::initialise(
+    std::apply([](auto&&... a) { return LumAccess::construct<X>(std::forward<decltype(a)>(a)...); },
+               std::move(i_constructorArguments)), std::forward<INIT>(i_initArguments)...);
 }
 
 /// Copy by constructor, then `init(weak, source)` if the class has one, else `init(weak)`. Null stays null.

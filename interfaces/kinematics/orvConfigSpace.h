@@ -155,6 +155,8 @@ public:
   bool isDofComputed(unsigned int i_rank) const { return hasDofFlag(i_rank, COMPUTED); }
   bool isDofActive(unsigned int i_rank) const { return i_rank < size() && !isDofPassive(i_rank); }
   bool isDofFree(unsigned int i_rank) const { return isDofActive(i_rank) && !isDofComputed(i_rank); }
+  /// True for a revolute dof without bounds, whose values are equal modulo a full turn.
+  bool isDofCircular(unsigned int i_rank) const { return hasDofFlag(i_rank, CIRCULAR); }
   bool hasPassiveDofs() const { return (allDofFlags() & PASSIVE) != 0; }
   bool hasComputedDofs() const { return (allDofFlags() & COMPUTED) != 0; }
   unsigned int countActiveDofs() const;

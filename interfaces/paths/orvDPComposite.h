@@ -8,6 +8,9 @@
 ///
 /// There is one child for each moving sub-space, in rank order; null stands for a sub-space that is wholly passive.
 /// Children are sampled by parameter. Dofs that no child covers are passive.
+///
+/// The straight motion of a whole space, which most motions are, computes itself and makes its one child when somebody
+/// asks for it.
 class LUM_API CorvDPComposite : public CorvDirectPath
 {
   LUM_CONCRETE(CorvDPComposite, CorvDirectPath);
@@ -17,10 +20,14 @@ public:
   static CorvDPCompositeShPtr create(const CorvConfig& i_start, const CorvConfig& i_end,
                                      const std::vector<CorvDirectPathShPtr>& i_directPaths,
                                      const CorvSteeringMethodShPtr& i_steeringMethod);
+  /// The motion whose one child is the straight motion of the whole space.
+  /// @return null if there is none, see `CorvDPLinear`.
+  static CorvDPCompositeShPtr createStraight(const CorvConfig& i_start, const CorvConfig& i_end,
+                                             const CorvSteeringMethodShPtr& i_steeringMethod);
   static CorvDPCompositeShPtr createCopy(const CorvDPCompositeConstShPtr& i_objectToCopy);
   CorvAbstractPathShPtr clone() const override;
 
-  unsigned int countDirectPaths() const { return static_cast<unsigned int>(m_directPaths.size()); }
+  unsigned int countDirectPaths() const { return static_cast<unsigned int>(directPaths().size()); }
   CorvDirectPathConstShPtr directPath(unsigned int i_rank) const;
 
   /// Describes the part of each child that lies in the window, as it is run through.
@@ -44,13 +51,22 @@ protected:
   double computePrivateLength() const override;
 
 private:
-  /// True if the only child moves the whole space.
-  bool isWholeSpaceChild() const;
+  bool isStraight() const;
+  bool hasOnlyStraightChild() const;
+  const std::vector<CorvDirectPathShPtr>& directPaths() const;
   bool isMovingChild(const CorvDirectPathShPtr& i_child) const;
   CorvDirectPathConstShPtr childInWindow(const CorvDirectPathShPtr& i_child) const;
   double computeMaxAbsoluteDerivativeForPassiveDof(double i_from, double i_to, unsigned int i_dof) const;
   void fillChildDerivatives(const CorvDirectPath& i_child, unsigned int i_rank,
                             std::vector<double>& io_derivatives) const;
 
-  std::vector<CorvDirectPathShPtr> m_directPaths;
+  enum EKind : unsigned char
+  {
+    UNKNOWN,
+    STRAIGHT,
+    GENERAL
+  };
+
+  mutable std::vector<CorvDirectPathShPtr> m_directPaths; ///< empty in a straight motion until it is asked for
+  mutable EKind m_kind = UNKNOWN;                         ///< found out on first use, from the children
 };

@@ -2,8 +2,6 @@
 
 #include "paths/orvDirectPath.h"
 
-#include <boost/container/small_vector.hpp>
-
 /// The straight motion of `CorvSMLinear`.
 ///
 /// Its length is that of the space's metric. An unbounded rotation goes the short way from the start's value, without
@@ -14,7 +12,9 @@ class LUM_API CorvDPLinear : public CorvDirectPath
 
 public:
   ~CorvDPLinear() override;
-  /// @return null if an active unbounded rotation is half a turn apart, within 1e-7.
+  /// False if an active unbounded rotation is half a turn apart, within 1e-7.
+  static bool canConnect(const CorvConfig& i_start, const CorvConfig& i_end);
+  /// @return null if it cannot connect the two.
   static CorvDPLinearShPtr create(const CorvConfig& i_start, const CorvConfig& i_end,
                                   const CorvSteeringMethodShPtr& i_steeringMethod);
   static CorvDPLinearShPtr createCopy(const CorvDPLinearConstShPtr& i_objectToCopy);
@@ -36,17 +36,4 @@ protected:
 
 private:
   static const double s_halfTurnTolerance;
-
-  enum EDofMotion : unsigned char
-  {
-    STRAIGHT,
-    CIRCULAR ///< an unbounded rotation
-  };
-  using TDofMotions = boost::container::small_vector<EDofMotion, 8>;
-
-  const TDofMotions& dofMotions() const;
-  bool hasHalfTurn() const;
-
-  mutable TDofMotions m_dofMotions; ///< at `m_motionVersion` of the space
-  mutable unsigned int m_motionVersion = 0;
 };

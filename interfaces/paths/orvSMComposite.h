@@ -54,7 +54,6 @@ private:
   const CCache& checkCache(const CorvConfigSpace& i_space) const;
   static void addToCache(const CorvConfigSpaceShPtr& i_space, unsigned int i_firstRank, CCache& io_cache);
   static bool isFullyLinear(const CorvConfigSpace& i_space);
-  CorvDirectPathShPtr makeWholeLinear(const CEntry& i_entry, const CorvConfig& i_start, const CorvConfig& i_end) const;
   static bool makeChild(const CEntry& i_entry, CorvConfig& io_start, CorvConfig& io_end, CorvDirectPathShPtr& o_child);
 
   mutable CCache m_cache;

@@ -1,0 +1,63 @@
+#include "paths/orvStraightMotion.h"
+
+#include "foundation/lumGeometryUtilities.h"
+#include "kinematics/orvConfigSpace.h"
+#include "metrics/orvMetricRevolute.h"
+#include "paths/orvPathValues.h"
+
+#include <boost/container/small_vector.hpp>
+
+#include <cmath>
+
+namespace
+{
+double wayOfDof(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end)
+{
+  return i_space.isDofCircular(i_rank) ? CorvMetricRevolute::circularDistance(i_start, i_end) : i_end - i_start;
+}
+} // namespace
+
+bool orvHasHalfTurn(const CorvConfig& i_start, const CorvConfig& i_end, double i_tolerance)
+{
+  const CorvConfigSpace& space = *i_start.space();
+  const double* start = i_start.beginPtr();
+  const double* end = i_end.beginPtr();
+  const unsigned int count = i_start.size();
+  const double limit = ClumGeometryUtilities::PI - i_tolerance;
+  for (unsigned int i = 0; i < count; ++i)
+    if (space.isDofCircular(i) && std::fabs(CorvMetricRevolute::circularDistance(start[i], end[i])) > limit &&
+        !space.isDofPassive(i))
+      return true;
+  return false;
+}
+
+void orvInterpolateStraight(const CorvConfig& i_start, const CorvConfig& i_end, double i_param, CorvConfig& io_cfg)
+{
+  const CorvConfigSpace& space = *i_start.space();
+  const double* start = i_start.beginPtr();
+  const double* end = i_end.beginPtr();
+  const unsigned int count = i_start.size();
+  boost::container::small_vector<double, 16> values(start, start + count);
+  for (unsigned int i = 0; i < count; ++i)
+    if (!space.isDofPassive(i))
+      values[i] = space.isDofCircular(i)
+                    ? start[i] + CorvMetricRevolute::circularDistance(start[i], end[i]) * i_param
+                    : (1.0 - i_param) * start[i] + i_param * end[i];
+  if (io_cfg.size() != count)
+    io_cfg = i_start;
+  orvWriteAllValues(io_cfg, values.data(), count);
+}
+
+void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
+                             std::vector<double>& o_rates)
+{
+  const CorvConfigSpace& space = *i_start.space();
+  const double* start = i_start.beginPtr();
+  const double* end = i_end.beginPtr();
+  o_rates.resize(i_start.size());
+  for (unsigned int i = 0; i < o_rates.size(); ++i)
+  {
+    const double way = std::fabs(wayOfDof(space, i, start[i], end[i]));
+    o_rates[i] = way == 0.0 ? 0.0 : way / i_length;
+  }
+}
