@@ -2,9 +2,13 @@
 
 #include "foundation/lumLogManager.h"
 #include "foundation/lumParameterMap.h"
+#include "foundation/lumStringKey.h"
 #include "kinematics/orvConfigSpace.h"
 #include "validation/orvValidationReport.h"
 #include "validation/orvValidator.h"
+
+#include <boost/container/small_vector.hpp>
+#include <boost/smart_ptr/make_shared_object.hpp>
 
 #include <algorithm>
 
@@ -14,20 +18,21 @@ struct CorvValidable::CReports
 {
   struct CEntry
   {
-    std::string name;
+    ClumStringKey name;
     CorvConfigSpaceConstShPtr space;
     CorvValidationReportConstShPtr report;
   };
-  std::vector<CEntry> entries;
+  using TEntries = boost::container::small_vector<CEntry, 2>;
+  TEntries entries;
 
-  std::vector<CEntry>::iterator find(const std::string& i_name, const CorvConfigSpace* i_space)
+  TEntries::iterator find(const ClumStringKey& i_name, const CorvConfigSpace* i_space)
   {
     return std::find_if(entries.begin(), entries.end(),
                         [&](const CEntry& i_entry)
                         { return i_entry.space.get() == i_space && i_entry.name == i_name; });
   }
 
-  void set(const std::string& i_name, const CorvConfigSpaceConstShPtr& i_space,
+  void set(const ClumStringKey& i_name, const CorvConfigSpaceConstShPtr& i_space,
            const CorvValidationReportConstShPtr& i_report)
   {
     const auto found = find(i_name, i_space.get());
@@ -38,7 +43,8 @@ struct CorvValidable::CReports
     }
     const auto place =
       std::upper_bound(entries.begin(), entries.end(), i_name,
-                       [](const std::string& i_key, const CEntry& i_entry) { return i_key < i_entry.name; });
+                       [](const ClumStringKey& i_key, const CEntry& i_entry)
+                       { return i_key.text() < i_entry.name.text(); });
     entries.insert(place, CEntry{i_name, i_space, i_report});
   }
 };
@@ -140,6 +146,11 @@ bool CorvValidable::isValidFor(const std::string& i_name) const
 
 CorvValidationReportConstShPtr CorvValidable::report(const std::string& i_name) const
 {
+  return m_reports ? keyedReport(i_name) : CorvValidationReportConstShPtr();
+}
+
+CorvValidationReportConstShPtr CorvValidable::keyedReport(const ClumStringKey& i_name) const
+{
   if (!m_reports)
     return CorvValidationReportConstShPtr();
   const auto found = m_reports->find(i_name, unwrappedOrNull(configSpace()));
@@ -160,7 +171,7 @@ CorvValidationReportConstShPtr CorvValidable::report(unsigned int i_rank, std::s
       continue;
     if (i_rank-- != 0)
       continue;
-    o_name = entry.name;
+    o_name = entry.name.text();
     return entry.report;
   }
   return CorvValidationReportConstShPtr();
@@ -177,11 +188,17 @@ unsigned int CorvValidable::countReports(bool i_withSubspaces) const
 
 void CorvValidable::setReport(const std::string& i_name, const CorvValidationReportConstShPtr& i_report) const
 {
-  setReport(i_name, i_report, configSpace());
+  setKeyedReport(i_name, i_report, configSpace());
 }
 
 void CorvValidable::setReport(const std::string& i_name, const CorvValidationReportConstShPtr& i_report,
                               const CorvConfigSpaceShPtr& i_space) const
+{
+  setKeyedReport(i_name, i_report, i_space);
+}
+
+void CorvValidable::setKeyedReport(const ClumStringKey& i_name, const CorvValidationReportConstShPtr& i_report,
+                                   const CorvConfigSpaceShPtr& i_space) const
 {
   if (!i_report)
     return;
@@ -191,6 +208,12 @@ void CorvValidable::setReport(const std::string& i_name, const CorvValidationRep
 }
 
 void CorvValidable::removeReport(const std::string& i_name) const
+{
+  if (m_reports)
+    removeKeyedReport(i_name);
+}
+
+void CorvValidable::removeKeyedReport(const ClumStringKey& i_name) const
 {
   if (!m_reports)
     return;
@@ -213,9 +236,9 @@ void CorvValidable::clearReports() const
 CorvValidable::CReports& CorvValidable::writableReports() const
 {
   if (!m_reports)
-    m_reports.reset(new CReports);
+    m_reports = boost::make_shared<CReports>();
   else if (!m_ownsReports || !m_reports.unique())
-    m_reports.reset(new CReports(*m_reports));
+    m_reports = boost::make_shared<CReports>(*m_reports);
   m_ownsReports = true;
   return *m_reports;
 }
@@ -243,7 +266,7 @@ bool CorvValidable::validateWith(const CorvValidator& i_validator, const ClumPar
   const bool usesReports = i_validator.doesUseReports();
   CorvValidationReportConstShPtr oldReport;
   if (usesReports && m_reports)
-    oldReport = report(i_validator.name());
+    oldReport = keyedReport(i_validator.nameKey());
   if (oldReport && !needsRevalidationWith(i_validator, i_params, oldReport))
     return oldReport->isValid();
 
@@ -254,10 +277,10 @@ bool CorvValidable::validateWith(const CorvValidator& i_validator, const ClumPar
   if (newReport)
   {
     newReport->isValid(isValid);
-    setReport(i_validator.name(), newReport);
+    setKeyedReport(i_validator.nameKey(), newReport, configSpace());
   }
   else if (oldReport)
-    removeReport(i_validator.name());
+    removeKeyedReport(i_validator.nameKey());
   return isValid;
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumParameterMap.h"
+#include "foundation/lumStringKey.h"
 #include "kinematics/orvConfigSpace.h"
 #include "kinematics/orvDevice.h"
 #include "paths/orvPathVisitor.h"
@@ -11,8 +12,11 @@
 #include "validation/orvValidator.h"
 #include "validation/orvValidatorSet.h"
 
+#include <boost/container/small_vector.hpp>
+
 #include <algorithm>
-#include <map>
+#include <cmath>
+#include <limits>
 
 LUM_DESCRIBE(CorvDirectPath)
 {
@@ -22,12 +26,31 @@ LUM_DESCRIBE(CorvDirectPath)
 /// What is made on first use.
 struct CorvDirectPath::CExtras
 {
+  struct CMark
+  {
+    ClumStringKey name;
+    double distance; ///< private; NaN while the mark has but a configuration
+    CorvConfigConstShPtr config;
+  };
+
   CorvConfig start; ///< the public start of a cut, if `hasStart`
   CorvConfig end;
   bool hasStart = false;
   bool hasEnd = false;
-  std::map<std::string, double> markDistances; ///< private
-  std::map<std::string, CorvConfigConstShPtr> markConfigs;
+  boost::container::small_vector<CMark, 2> marks;
+
+  CMark* find(const std::string& i_mark)
+  {
+    for (CMark& mark : marks)
+      if (mark.name.text() == i_mark)
+        return &mark;
+    return nullptr;
+  }
+  CMark& findOrAdd(const std::string& i_mark)
+  {
+    CMark* const found = find(i_mark);
+    return found ? *found : marks.emplace_back(CMark{i_mark, std::numeric_limits<double>::quiet_NaN(), CorvConfigConstShPtr()});
+  }
 };
 
 namespace
@@ -425,13 +448,15 @@ lmStatus CorvDirectPath::convert(const CorvConfigSpaceShPtr& i_space)
     stretchPlaces(privateLength() / lengthBefore);
   if (!m_extras)
     return lmStatus();
-  for (auto& [name, cfg] : m_extras->markConfigs)
+  for (CExtras::CMark& mark : m_extras->marks)
   {
-    const CorvConfigShPtr converted = CorvConfig::create(*cfg);
+    if (!mark.config)
+      continue;
+    const CorvConfigShPtr converted = CorvConfig::create(*mark.config);
     status = converted->convert(i_space);
     if (status.failed())
       return status;
-    cfg = converted;
+    mark.config = converted;
   }
   return lmStatus();
 }
@@ -443,48 +468,46 @@ void CorvDirectPath::stretchPlaces(double i_factor)
   m_cutStart *= i_factor;
   m_cutEnd *= i_factor;
   if (m_extras)
-    for (auto& [name, distance] : m_extras->markDistances)
-      distance *= i_factor;
+    for (CExtras::CMark& mark : m_extras->marks)
+      mark.distance *= i_factor;
 }
 
 void CorvDirectPath::setMark(const std::string& i_mark, double i_distance) const
 {
-  extras().markDistances[i_mark] = publicToPrivateDistance(i_distance);
+  extras().findOrAdd(i_mark).distance = publicToPrivateDistance(i_distance);
 }
 
 lmStatus CorvDirectPath::getMarkDistance(const std::string& i_mark, double& o_distance) const
 {
   if (!hasMark(i_mark))
     return lmStatus(lmStatus::FAILURE);
-  o_distance = privateToPublicDistance(m_extras->markDistances[i_mark]);
+  o_distance = privateToPublicDistance(m_extras->find(i_mark)->distance);
   return lmStatus();
 }
 
 bool CorvDirectPath::hasMark(const std::string& i_mark) const
 {
-  return m_extras && m_extras->markDistances.count(i_mark) != 0;
+  const CExtras::CMark* const mark = m_extras ? m_extras->find(i_mark) : nullptr;
+  return mark && !std::isnan(mark->distance);
 }
 
 lmStatus CorvDirectPath::deleteMark(const std::string& i_mark) const
 {
   if (!hasMark(i_mark))
     return lmStatus(lmStatus::FAILURE);
-  m_extras->markDistances.erase(i_mark);
-  m_extras->markConfigs.erase(i_mark);
+  m_extras->marks.erase(m_extras->marks.begin() + (m_extras->find(i_mark) - m_extras->marks.data()));
   return lmStatus();
 }
 
 void CorvDirectPath::clearMarks() const
 {
-  if (!m_extras)
-    return;
-  m_extras->markDistances.clear();
-  m_extras->markConfigs.clear();
+  if (m_extras)
+    m_extras->marks.clear();
 }
 
 void CorvDirectPath::setMarkConfig(const std::string& i_mark, const CorvConfig& i_cfg) const
 {
-  extras().markConfigs[i_mark] = CorvConfig::create(i_cfg);
+  extras().findOrAdd(i_mark).config = CorvConfig::create(i_cfg);
 }
 
 lmStatus CorvDirectPath::getMarkConfig(const std::string& i_mark, CorvConfigConstShPtr& o_cfg) const
@@ -495,7 +518,7 @@ lmStatus CorvDirectPath::getMarkConfig(const std::string& i_mark, CorvConfigCons
   if (!kept && known.succeeded())
   {
     kept = configAtDistance(distance);
-    extras().markConfigs[i_mark] = kept;
+    extras().findOrAdd(i_mark).config = kept;
   }
   if (!kept)
     return lmStatus(lmStatus::FAILURE);
@@ -506,12 +529,8 @@ lmStatus CorvDirectPath::getMarkConfig(const std::string& i_mark, CorvConfigCons
 lmStatus CorvDirectPath::getMarkedPlace(const CorvDirectPath& i_path, const std::string& i_mark, double& o_distance,
                                         CorvConfigConstShPtr& o_cfg)
 {
-  if (i_path.m_extras)
-  {
-    const auto found = i_path.m_extras->markConfigs.find(i_mark);
-    if (found != i_path.m_extras->markConfigs.end())
-      o_cfg = found->second;
-  }
+  if (const CExtras::CMark* const mark = i_path.m_extras ? i_path.m_extras->find(i_mark) : nullptr)
+    o_cfg = mark->config;
   return i_path.getMarkDistance(i_mark, o_distance);
 }
 
@@ -607,5 +626,8 @@ lmStatus CorvDirectPath::initWithCoder(const ClumCoderShPtr& i_coder, const Clum
   m_cutEnd = i_coder->decodeDouble("m_cutEnd");
   m_privateLength = -1.0;
   m_extras.reset();
-  return lmStatus();
+  const bool areCutsUsable =
+    m_cutStart >= 0.0 && m_cutEnd >= 0.0 && std::isfinite(m_cutStart) && std::isfinite(m_cutEnd);
+  const bool areEndsUsable = m_start.space() && m_start.space() == m_end.space();
+  return m_steeringMethod && areEndsUsable && areCutsUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

@@ -53,7 +53,7 @@ lmStatus CorvValidator::init(const CorvValidatorWkPtr& i_weakPtr)
   const lmStatus status = ClumMutableCodable::init(i_weakPtr);
   if (status.failed())
     return status;
-  if (m_name.empty())
+  if (name().empty())
   {
     ClumLogManager::addWarning("Cannot create a validator without a name.");
     return -1;
@@ -164,7 +164,7 @@ bool CorvValidator::validateInSpace(const CorvValidable& i_validable, const Clum
   if (m_isActivated && i_validable.isValidItself())
     return validateActivated(i_validable, i_params);
   if (doesUseReports())
-    i_validable.removeReport(m_name);
+    i_validable.removeKeyedReport(m_name);
   return true;
 }
 
@@ -199,11 +199,11 @@ CorvValidationReportConstShPtr CorvValidator::upToDateReportFrom(const CorvValid
                                                                  const ClumParameterMapConstShPtr& i_params) const
 {
   const CorvValidable& target = m_pool ? m_pool->targetOf(i_validable) : i_validable;
-  const CorvValidationReportConstShPtr report = target.report(m_name);
+  const CorvValidationReportConstShPtr report = target.keyedReport(m_name);
   if (!report || target.needsRevalidationWith(*this, i_params, report))
     return CorvValidationReportConstShPtr();
   // The question itself may have put a corrected report in its place.
-  return target.report(m_name);
+  return target.keyedReport(m_name);
 }
 
 lmStatus CorvValidator::validMotion(const CorvDirectPath& i_dp, double i_param,
@@ -232,7 +232,7 @@ void CorvValidator::popAttributes()
 
 CorvValidatorShPtr CorvValidator::validatorNamed(const std::string& i_name, bool) const
 {
-  return i_name == m_name ? self() : CorvValidatorShPtr();
+  return i_name == name() ? self() : CorvValidatorShPtr();
 }
 
 unsigned int CorvValidator::deepCount() const
@@ -345,7 +345,7 @@ void CorvValidator::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   ClumMutableCodable::encodeWithCoder(i_coder);
   i_coder->encodeBool(m_isActivated, "activated");
-  i_coder->encodeString(m_name, "name");
+  i_coder->encodeString(name(), "name");
   i_coder->encodeWeakObjectWkPtr(m_space, "configSpace");
   i_coder->encodeWeakObjectWkPtr(m_device, "device");
   i_coder->encodeObjectShPtr(m_pool, "pool");

@@ -7,6 +7,8 @@
 
 #include <string>
 
+class ClumStringKey;
+
 /// What can be judged valid or invalid: a configuration, a direct path, a path.
 ///
 /// Validators leave their findings here as reports, one for each validator name and space, and a report stands until
@@ -76,6 +78,12 @@ public:
                  const CorvConfigSpaceShPtr& i_space) const;
   void removeReport(const std::string& i_name) const;
   void clearReports() const;
+
+  // The same with an interned name, which is compared at once.
+  CorvValidationReportConstShPtr keyedReport(const ClumStringKey& i_name) const;
+  void setKeyedReport(const ClumStringKey& i_name, const CorvValidationReportConstShPtr& i_report,
+                      const CorvConfigSpaceShPtr& i_space) const;
+  void removeKeyedReport(const ClumStringKey& i_name) const;
 
   bool isSelfValidationEnabled() const { return m_isSelfValidationEnabled; }
   void isSelfValidationEnabled(bool i_isEnabled) { m_isSelfValidationEnabled = i_isEnabled; }

@@ -2,6 +2,7 @@
 
 #include "constraints/handles.h"
 #include "foundation/lumCodable.h"
+#include "foundation/lumStringKey.h"
 #include "kinematics/handles.h"
 #include "paths/handles.h"
 #include "paths/orvAbstractPath.h"
@@ -11,7 +12,6 @@
 #include <vector>
 
 class ClumMat;
-class ClumStringKey;
 
 /// What judges a configuration, a direct path or a path.
 ///
@@ -32,7 +32,9 @@ public:
   ~CorvValidator() override;
   virtual CorvValidatorShPtr clone() const = 0;
 
-  const std::string& name() const { return m_name; }
+  const std::string& name() const { return m_name.text(); }
+  /// The same, to look a report up without hashing.
+  const ClumStringKey& nameKey() const { return m_name; }
   /// The space watched: of the device, if the validator holds one. Null once both are gone.
   CorvConfigSpaceShPtr configSpace() const;
   /// The device that the validator holds, or that its space belongs to; null if there is none.
@@ -141,7 +143,7 @@ private:
   bool validateActivated(const CorvValidable& i_validable, const ClumParameterMapConstShPtr& i_params) const;
 
   bool m_isActivated = true;
-  std::string m_name;
+  ClumStringKey m_name{""};
   CorvConfigSpaceWkPtr m_space; ///< unset if the device is held
   CorvDeviceWkPtr m_device;
   CorvValidationPoolShPtr m_pool;
