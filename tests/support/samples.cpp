@@ -3,6 +3,7 @@
 #include "constraints/orvConstraintComposite.h"
 #include "constraints/orvConstraintDofLock.h"
 #include "constraints/orvConstraintLock.h"
+#include "foundation/lumAutotuningParallelCooperativeOperation.h"
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
 #include "foundation/lumCleanUpOperation.h"
@@ -15,6 +16,8 @@
 #include "foundation/lumLoopOperation.h"
 #include "foundation/lumMat4.h"
 #include "foundation/lumMesh.h"
+#include "foundation/lumMultithreadedParallelOperation.h"
+#include "foundation/lumNotificator.h"
 #include "foundation/lumParallelCooperativeOperation.h"
 #include "foundation/lumScene.h"
 #include "foundation/lumSequenceOperation.h"
@@ -80,6 +83,7 @@
 #include "planners/orvPlannerOperation.h"
 #include "roadmaps/orvEdge.h"
 #include "roadmaps/orvExtendDirect.h"
+#include "roadmaps/orvInjectionBuilder.h"
 #include "roadmaps/orvLinkerKeepValidPart.h"
 #include "roadmaps/orvLinkerStandard.h"
 #include "roadmaps/orvMonoDiffusingBuilder.h"
@@ -206,6 +210,7 @@ const std::vector<SampleMaker>& sampleMakers()
   // clang-format off
   static const std::vector<SampleMaker> s_makers = {
     SAMPLE(ClumAttemptOperation, ClumAttemptOperation::create(sampleOperation(), 3)),
+    SAMPLE(ClumAutotuningParallelCooperativeOperation, ClumAutotuningParallelCooperativeOperation::create(ClumNotificator::create(), 1)),
     SAMPLE(ClumBox, ClumBox::create(1.0, 2.0, 3.0)),
     SAMPLE(ClumCapsule, ClumCapsule::create(0.5, 2.0)),
     SAMPLE(ClumCleanUpOperation, ClumCleanUpOperation::create(sampleOperation(), sampleOperation())),
@@ -217,6 +222,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(ClumInstance, ClumInstance::create(ClumBox::create(1.0, 1.0, 1.0))),
     SAMPLE(ClumLoopOperation, ClumLoopOperation::create(sampleOperation(), 3)),
     SAMPLE(ClumMesh, ClumMesh::create(samplePoints(), {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}})),
+    SAMPLE(ClumMultithreadedParallelOperation, ClumMultithreadedParallelOperation::create()),
     SAMPLE(ClumParallelCooperativeOperation, ClumParallelCooperativeOperation::create()),
     SAMPLE(ClumScene, ClumScene::create()),
     SAMPLE(ClumSequenceOperation, ClumSequenceOperation::create()),
@@ -243,6 +249,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvEdgeFactory, CorvEdgeFactory::create()),
     SAMPLE(CorvExtendDirect, CorvExtendDirect::create()),
     SAMPLE(CorvIdentityPlanner, CorvIdentityPlanner::create()),
+    SAMPLE(CorvInjectionBuilder, CorvInjectionBuilder::create(keptRoadmap())),
     SAMPLE(CorvJoint, CorvJoint::create(CorvKEPlan::create(), ClumMat4())),
     SAMPLE(CorvJointAnchor, CorvJointAnchor::create()),
     SAMPLE(CorvJointBallAndSocket, CorvJointBallAndSocket::create(ClumMat4())),
