@@ -43,7 +43,11 @@ lmStatus CorvCSComposite::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   const lmStatus status = CorvConfigSpace::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  i_coder->decodeObjects("subspaces", m_subspaces);
+  std::vector<CorvConfigSpaceShPtr> subspaces;
+  i_coder->decodeObjects("subspaces", subspaces);
+  if (!orvSubspaceList::canHold(*this, subspaces))
+    return -1;
+  m_subspaces.swap(subspaces);
   return lmStatus();
 }
 

@@ -74,7 +74,7 @@ lmStatus CorvCSDeviceWrapper::initWithCoder(const ClumCoderShPtr& i_coder, const
   if (status.failed())
     return status;
   m_wrappedDevice = i_coder->decode<CorvDevice>("wrappedDevice");
-  return lmStatus();
+  return m_wrappedDevice ? lmStatus() : lmStatus(-1);
 }
 
 // The device is complete only now.

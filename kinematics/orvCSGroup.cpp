@@ -42,7 +42,11 @@ lmStatus CorvCSGroup::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCod
   const lmStatus status = CorvConfigSpace::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  i_coder->decodeObjects("subspaces", m_subspaces);
+  std::vector<CorvConfigSpaceShPtr> subspaces;
+  i_coder->decodeObjects("subspaces", subspaces);
+  if (!orvSubspaceList::canHold(*this, subspaces))
+    return -1;
+  m_subspaces.swap(subspaces);
   return lmStatus();
 }
 

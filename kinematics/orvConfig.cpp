@@ -29,9 +29,6 @@ const char* const CONVERSION_REPORT = "orvane.core.config.convert";
 /// The distance up to which two configurations count as equivalent.
 const double EQUIVALENCE_DISTANCE = 1e-10;
 
-/// Marks the space version of values that were decoded and not yet held against the space: no version has this bit.
-const unsigned int UNCHECKED_VERSION = 0x80000000u;
-
 CorvConfigSpaceShPtr spaceOfDevice(const CorvDeviceShPtr& i_device)
 {
   return i_device ? i_device->configSpace() : CorvConfigSpaceShPtr();
@@ -392,7 +389,7 @@ lmStatus CorvConfig::makeDofMap(const CorvConfigSpaceShPtr& i_space, std::vector
   o_map.clear();
   if (!i_space || !space())
     return -1;
-  if ((m_spaceVersion & UNCHECKED_VERSION) != 0)
+  if ((m_spaceVersion & UNCHECKED) != 0)
     selfConvert();
   std::vector<CorvDofWkPtr> oldDofs;
   LUM_ASSERT_SUCCESS(space()->getDofsAtVersion(m_spaceVersion, oldDofs));
@@ -436,8 +433,8 @@ lmStatus CorvConfig::convertValues(const CorvConfigSpaceShPtr& i_space, const st
   if (!i_space || !m_bottom.space || m_walkDepth != 0 || m_isConverting)
     return -1;
   const CorvConfigSpaceShPtr oldSpace = m_bottom.space;
-  const unsigned int unchecked = m_spaceVersion & UNCHECKED_VERSION;
-  m_spaceVersion &= ~UNCHECKED_VERSION;
+  const unsigned int unchecked = m_spaceVersion & UNCHECKED;
+  m_spaceVersion &= ~UNCHECKED;
   const bool hasOldDofs = oldSpace->hasSameDofsAtVersions(m_spaceVersion, oldSpace->version());
   m_isConverting = true;
   const bool fitsOldSpace = hasOldDofs && oldSpace->size() == m_values.size();
@@ -912,7 +909,7 @@ void CorvConfig::encodeValueWithCoder(ClumCoder& i_coder, const std::string& i_k
   if (memory && ownSpace)
     memory->pin(ownSpace.get());
   i_coder.encodeObjectShPtr(ownSpace, i_key + "/configSpace");
-  i_coder.encodeUnsignedInt(m_spaceVersion & ~UNCHECKED_VERSION, i_key + "/spaceVersion");
+  i_coder.encodeUnsignedInt(m_spaceVersion & ~UNCHECKED, i_key + "/spaceVersion");
   i_coder.encodeUnsignedInt(m_validationSpaceVersion, i_key + "/validationSpaceVersion");
   i_coder.encodeUnsignedInt(m_bottom.nbSubspaces, i_key + "/nbSubspaces");
   i_coder.encodeDoubleVector(std::vector<double>(m_values.begin(), m_values.end()), i_key + "/dofValues");
@@ -928,7 +925,7 @@ std::string CorvConfig::textualDump() const
 void CorvConfig::decode(ClumCoder& i_coder, const std::string& i_key)
 {
   m_bottom.space = i_coder.decode<CorvConfigSpace>(i_key + "/configSpace");
-  m_spaceVersion = i_coder.decodeUnsignedInt(i_key + "/spaceVersion") | UNCHECKED_VERSION;
+  m_spaceVersion = i_coder.decodeUnsignedInt(i_key + "/spaceVersion") | UNCHECKED;
   m_validationSpaceVersion = i_coder.decodeUnsignedInt(i_key + "/validationSpaceVersion");
   if (i_coder.hasKey(i_key + "/nbSubspaces"))
     m_bottom.nbSubspaces = i_coder.decodeUnsignedInt(i_key + "/nbSubspaces");

@@ -128,10 +128,11 @@ lmStatus CorvConfigSpace::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
     const ShPtr<std::vector<CorvDofWkPtr>> dofs(new std::vector<CorvDofWkPtr>);
     for (const ClumCodableShPtr& object : objects)
       dofs->push_back(boost::dynamic_pointer_cast<CorvDof>(object));
-    m_dofsOfThisVersion[version] = dofs;
+    keepDofs(version, dofs);
   }
   i_coder->endVectorDecoding();
-  return lmStatus();
+  const bool isPlausible = !m_type.empty() && m_version <= MAX_VERSION;
+  return isPlausible ? lmStatus() : lmStatus(-1);
 }
 
 unsigned int CorvConfigSpace::size() const
@@ -357,24 +358,24 @@ lmStatus CorvConfigSpace::popSet(TStackMember i_stack)
   return lmStatus();
 }
 
-// Versions with the same dofs share one list.
 unsigned int CorvConfigSpace::recordVersion() const
 {
   std::vector<CorvDofShPtr> dofs;
   getDofs(dofs);
-  TDofList list;
-  if (!m_dofsOfThisVersion.empty())
-  {
-    const TDofList& last = m_dofsOfThisVersion.rbegin()->second;
-    const auto isSame = [](const CorvDofWkPtr& i_old, const CorvDofShPtr& i_new) { return i_old.lock() == i_new; };
-    if (std::equal(last->begin(), last->end(), dofs.begin(), dofs.end(), isSame))
-      list = last;
-  }
-  if (!list)
-    list.reset(new std::vector<CorvDofWkPtr>(dofs.begin(), dofs.end()));
-  m_dofsOfThisVersion[m_version] = list;
+  keepDofs(m_version, TDofList(new std::vector<CorvDofWkPtr>(dofs.begin(), dofs.end())));
   m_isVersionRecorded = true;
   return m_version;
+}
+
+// A version shares its list with the one before if the dofs are the same.
+void CorvConfigSpace::keepDofs(unsigned int i_version, const TDofList& i_dofs) const
+{
+  const auto next = m_dofsOfThisVersion.lower_bound(i_version);
+  const auto isSame = [](const CorvDofWkPtr& i_old, const CorvDofWkPtr& i_new)
+  { return !i_old.owner_before(i_new) && !i_new.owner_before(i_old); };
+  const TDofList last = next == m_dofsOfThisVersion.begin() ? TDofList() : std::prev(next)->second;
+  const bool isAsBefore = last && std::equal(last->begin(), last->end(), i_dofs->begin(), i_dofs->end(), isSame);
+  m_dofsOfThisVersion[i_version] = isAsBefore ? last : i_dofs;
 }
 
 lmStatus CorvConfigSpace::getDofsAtVersion(unsigned int i_version, std::vector<CorvDofWkPtr>& o_dofs) const

@@ -11,12 +11,14 @@ using TSpaceList = CorvConfigSpace::TSpaces;
 bool isInsideOneOf(const CorvConfigSpace& i_space, const TSpaceList& i_spaces)
 {
   return std::any_of(i_spaces.begin(), i_spaces.end(),
-                     [&](const CorvConfigSpaceShPtr& i_other) { return i_other->includes(i_space); });
+                     [&](const CorvConfigSpaceShPtr& i_other) { return i_other && i_other->includes(i_space); });
 }
 
 /// Appends the parts of a space that lie in the list, the largest that do.
 void appendCommonParts(const CorvConfigSpaceShPtr& i_space, const TSpaceList& i_spaces, TSpaceList& io_parts)
 {
+  if (!i_space)
+    return;
   if (isInsideOneOf(*i_space, i_spaces))
   {
     io_parts.push_back(i_space);
@@ -30,7 +32,7 @@ void appendCommonParts(const CorvConfigSpaceShPtr& i_space, const TSpaceList& i_
 /// Appends the parts of a space that have nothing in common with the list, the largest that have not.
 void appendOtherParts(const CorvConfigSpaceShPtr& i_space, const TSpaceList& i_spaces, TSpaceList& io_parts)
 {
-  if (isInsideOneOf(*i_space, i_spaces))
+  if (!i_space || isInsideOneOf(*i_space, i_spaces))
     return;
   if (!i_space->intersects(i_spaces))
   {
@@ -48,7 +50,7 @@ void CorvConfigSpace::merge(TSpaces& io_spaces, const CorvConfigSpaceShPtr& i_sp
   if (!i_space || i_space->isFullyIncludedIn(io_spaces))
     return;
   const TSpaces added(1, i_space);
-  const auto isCovered = [&](const CorvConfigSpaceShPtr& i_old) { return i_old->isFullyIncludedIn(added); };
+  const auto isCovered = [&](const CorvConfigSpaceShPtr& i_old) { return !i_old || i_old->isFullyIncludedIn(added); };
   io_spaces.erase(std::remove_if(io_spaces.begin(), io_spaces.end(), isCovered), io_spaces.end());
   TSpaces parts;
   appendOtherParts(i_space, io_spaces, parts);
@@ -76,7 +78,7 @@ void CorvConfigSpace::intersect(const TSpaces& i_a, const TSpaces& i_b, TSpaces&
 bool CorvConfigSpace::intersect(const TSpaces& i_a, const TSpaces& i_b)
 {
   return std::any_of(i_a.begin(), i_a.end(),
-                     [&](const CorvConfigSpaceShPtr& i_space) { return i_space->intersects(i_b); });
+                     [&](const CorvConfigSpaceShPtr& i_space) { return i_space && i_space->intersects(i_b); });
 }
 
 void CorvConfigSpace::subtract(TSpaces& io_spaces, const TSpaces& i_removed)

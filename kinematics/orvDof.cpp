@@ -136,7 +136,7 @@ lmStatus CorvDof::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodable
   m_upperBound = i_coder->decodeDouble("max");
   m_isLocked = i_coder->decodeBool("locked");
   m_lockedValue = i_coder->decodeDouble("lockedValue");
-  return lmStatus();
+  return m_lowerBound <= m_upperBound ? lmStatus() : lmStatus(-1);
 }
 
 unsigned int CorvDof::size() const
@@ -302,36 +302,36 @@ CorvConstraintDofLockShPtr CorvDof::lockConstraint() const
 void CorvDof::updateBounds()
 {
   const CorvValidatorSetShPtr set = spaceConfigValidators();
-  const CorvValidatorDofBoundsShPtr validator = boundsValidator();
-  const bool isMember = isMemberOf(*set, validator);
-  if (m_isBounded)
+  if (!m_isBounded)
   {
-    if (!validator->isActivated())
-      validator->isActivated(true);
-    validator->minValue(m_lowerBound);
-    validator->maxValue(m_upperBound);
-    if (!isMember)
-      set->add(validator);
+    if (const auto validator = firstMember<CorvValidatorDofBounds>(*set))
+      set->remove(validator);
+    return;
   }
-  else if (isMember)
-    set->remove(validator);
+  const CorvValidatorDofBoundsShPtr validator = boundsValidator();
+  if (!validator->isActivated())
+    validator->isActivated(true);
+  validator->minValue(m_lowerBound);
+  validator->maxValue(m_upperBound);
+  if (!isMemberOf(*set, validator))
+    set->add(validator);
 }
 
 void CorvDof::updateLock()
 {
   const CorvValidatorSetShPtr set = spaceConstraints();
-  const CorvConstraintDofLockShPtr lock = lockConstraint();
-  const bool isMember = isMemberOf(*set, lock);
-  if (m_isLocked)
+  if (!m_isLocked)
   {
-    if (!lock->isActivated())
-      lock->isActivated(true);
-    lock->value(m_lockedValue);
-    if (!isMember)
-      set->add(lock);
+    if (const auto lock = firstMember<CorvConstraintDofLock>(*set))
+      set->remove(lock);
+    return;
   }
-  else if (isMember)
-    set->remove(lock);
+  const CorvConstraintDofLockShPtr lock = lockConstraint();
+  if (!lock->isActivated())
+    lock->isActivated(true);
+  lock->value(m_lockedValue);
+  if (!isMemberOf(*set, lock))
+    set->add(lock);
 }
 
 // A metric that a client put in place is left alone.

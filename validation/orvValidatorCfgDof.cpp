@@ -44,7 +44,7 @@ void CorvValidatorCfgDof::updateDofs() const
   if (!space || m_version == space->version())
     return;
   std::vector<CorvDofShPtr> dofs;
-  LUM_ASSERT_SUCCESS(space->getDofs(dofs));
+  LUM_ASSERT_SUCCESS(configSpace()->getDofs(dofs));
   const CorvReportCfgDofShPtr allValid = CorvReportCfgDof::create();
   for (std::size_t i = 0; i < dofs.size(); ++i)
     allValid->appendDof(true);

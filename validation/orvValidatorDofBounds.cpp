@@ -84,18 +84,21 @@ lmStatus CorvValidatorDofBounds::validMotion(const CorvDirectPath& i_dp, double 
   if (!space || !pathSpace || pathSpace->getFirstDofRankOfSubspace(*space, rank).failed())
     return -1;
   const double end = i_direction == CorvAbstractPath::FORWARD ? i_dp.length() : 0.0;
-  std::vector<double> rates;
-  i_dp.maxAbsoluteDerivative(i_dp.publicToPrivateDistance(i_param), i_dp.publicToPrivateDistance(end), rates);
-  if (rank >= rates.size())
+  std::vector<double> maxDofSpeeds;
+  i_dp.maxAbsoluteDerivative(i_dp.publicToPrivateDistance(i_param), i_dp.publicToPrivateDistance(end), maxDofSpeeds);
+  CorvConfig maxDofSpeedsCfg(pathSpace);
+  maxDofSpeedsCfg.isSelfValidationEnabled(false);
+  LUM_ASSERT_SUCCESS(maxDofSpeedsCfg.setDofValues(maxDofSpeeds));
+  const double speed = maxDofSpeeds.size() == pathSpace->size() ? maxDofSpeedsCfg.dofValue(rank) : -1.0;
+  if (!(speed >= 0.0))
     return -1;
   // Inside a walk the configuration shows this dof alone.
   const bool isRestricted = i_cfg.space() && &i_cfg.space()->unwrapped() == space;
   const double value = i_cfg.dofValue(isRestricted ? 0 : rank);
   const double margin = std::max(0.0, std::min(value - m_minValue, m_maxValue - value));
   const double rest = std::fabs(end - i_param);
-  const double needed = rates[rank] * rest;
-  const bool staysInside = needed <= margin;
-  o_bound = staysInside ? rest : std::min(rest, margin / rates[rank] * (1.0 - 1e-12));
+  const bool staysInside = speed * rest <= margin;
+  o_bound = staysInside ? rest : std::min(rest, margin / speed * (1.0 - 1e-12));
   o_exact = staysInside;
   return lmStatus();
 }

@@ -21,6 +21,18 @@ LUM_DESCRIBE(CorvValidatorSet)
 namespace
 {
 const char* const VALIDATOR_SET_NAME = "orvane.core.set";
+
+/// True if a validator is the given set, or a set with it in it at any depth.
+bool isSetWithin(const CorvValidator& i_validator, const CorvValidatorSet& i_set)
+{
+  if (&i_validator == &i_set)
+    return true;
+  const CorvValidatorSet* outer = dynamic_cast<const CorvValidatorSet*>(&i_validator);
+  for (unsigned int rank = 0; outer && rank < outer->count(); ++rank)
+    if (isSetWithin(*outer->at(rank), i_set))
+      return true;
+  return false;
+}
 } // namespace
 
 LUM_HANDLES(CEmptyValidatorSet)
@@ -91,6 +103,11 @@ lmStatus CorvValidatorSet::checkAddition(const CorvValidatorShPtr& i_validator) 
   if (!i_validator)
   {
     ClumLogManager::addError("CorvValidatorSet::add(): cannot add a null validator to the set.");
+    return -1;
+  }
+  if (isSetWithin(*i_validator, *this))
+  {
+    ClumLogManager::addError("CorvValidatorSet::add(): a set cannot be a member of itself.");
     return -1;
   }
   if (validatorNamed(i_validator->name(), true))

@@ -223,6 +223,9 @@ private:
   };
   using TValues = boost::container::small_vector<double, 8>;
 
+  /// Marks `m_spaceVersion` while decoded values were not yet held against the space: no version has this bit.
+  static constexpr unsigned int UNCHECKED = 0x80000000u;
+
   const CFrame& topFrame() const { return m_walkDepth == 0 ? m_bottom : m_walk->back(); }
   void copyWalk(const CorvConfig& i_other);
   void pushFrame(const CorvConfigSpaceShPtr& i_space, unsigned int i_offset) const;

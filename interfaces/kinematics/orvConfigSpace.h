@@ -257,7 +257,11 @@ private:
   struct CValidatorCache;
   struct CMerge;
 
+  /// Beyond it lies the bit with which a configuration marks a version as unchecked.
+  static constexpr unsigned int MAX_VERSION = 0x7fffffffu;
+
   unsigned int recordVersion() const;
+  void keepDofs(unsigned int i_version, const TDofList& i_dofs) const;
   void updateCache() const;
   void fillCache(const CorvConfigSpace& i_space) const;
   void updatePassiveSpaceDataInCache() const;
