@@ -1,6 +1,7 @@
 #include "foundation/lumFCLCollisionToolkit.h"
 
 #include "foundation/lumDescribe.h"
+#include "foundation/lumJoinedTriangles.h"
 #include "foundation/lumLeafGeometry.h"
 #include "foundation/lumSolids.h"
 #include "foundation/lumTriangleDistance.h"
@@ -639,22 +640,6 @@ bool areFclSurfacesTouching(const CFclPair& i_pair, ClumTrianglePair* io_touchin
   }
   return false;
 }
-
-void appendFclShape(const ClumSweptTriangles& i_shape, const ClumMat4& i_frame, ClumSweptTriangles& io_joined)
-{
-  const unsigned int first = static_cast<unsigned int>(io_joined.vertices.size());
-  for (const ClumPoint3& vertex : i_shape.vertices)
-    io_joined.vertices.push_back(i_frame * vertex);
-  const auto append =
-    [&](const std::vector<ClumSweptTriangles::TTriangle>& from, std::vector<ClumSweptTriangles::TTriangle>& to)
-  {
-    for (const ClumSweptTriangles::TTriangle& t : from)
-      to.push_back({t[0] + first, t[1] + first, t[2] + first});
-  };
-  append(i_shape.triangles, io_joined.triangles);
-  append(i_shape.seams, io_joined.seams);
-  io_joined.excess = std::max(io_joined.excess, i_shape.excess);
-}
 } // namespace
 
 ClumFCLCollisionToolkit::~ClumFCLCollisionToolkit() = default;
@@ -695,18 +680,8 @@ ClumCollisionModelConstShPtr ClumFCLCollisionToolkit::makeModel(const ClumLeafGe
 ClumCollisionModelConstShPtr ClumFCLCollisionToolkit::makeJoinedModel(const std::vector<ClumPlacedLeaf>& i_leaves) const
 {
   ClumSweptTriangles joined;
-  for (std::size_t i = 0; i < i_leaves.size(); ++i)
-  {
-    ClumSweptTriangles shape;
-    i_leaves[i].leaf->getSweptTriangles(shape);
-    if (i == 0)
-      joined.radius = shape.radius;
-    if (shape.radius != joined.radius)
-      return ClumCollisionModelConstShPtr();
-    appendFclShape(shape, i_leaves[i].frame, joined);
-  }
-  return joined.triangles.empty() ? ClumCollisionModelConstShPtr()
-                                  : ClumCollisionModelConstShPtr(new CFclModel(joined));
+  return lumJoinSweptTriangles(i_leaves, joined) ? ClumCollisionModelConstShPtr(new CFclModel(joined))
+                                                 : ClumCollisionModelConstShPtr();
 }
 
 bool ClumFCLCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
@@ -744,8 +719,8 @@ void ClumFCLCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, c
 }
 
 lmStatus ClumFCLCollisionToolkit::doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
-                                                const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
-                                                double& o_depth, ClumVect3& o_direction) const
+                                                const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double& o_depth,
+                                                ClumVect3& o_direction) const
 {
   const CFclPair pair(i_a, i_poseA, i_b, i_poseB);
   CFclDistanceSearch search(pair, FCL_INFINITY, 0.0, 0.0);

@@ -89,9 +89,10 @@ ClumMesh::ClumMesh() : m_data(new CData)
 
 ClumMesh::~ClumMesh() = default;
 
-ClumMeshShPtr ClumMesh::create(const std::vector<ClumPoint3>& i_vertices, const std::vector<TTriangle>& i_triangles)
+ClumMeshShPtr ClumMesh::create(const std::vector<ClumPoint3>& i_vertices, const std::vector<TTriangle>& i_triangles,
+                               ESolidity i_solidity)
 {
-  return lumCreateWith<ClumMesh>(lumConstruct(), i_vertices, i_triangles);
+  return lumCreateWith<ClumMesh>(lumConstruct(), i_vertices, i_triangles, i_solidity);
 }
 
 ClumMeshShPtr ClumMesh::createCopy(const ClumMeshConstShPtr& i_objectToCopy)
@@ -105,13 +106,14 @@ ClumGeometryShPtr ClumMesh::clone() const
 }
 
 ShPtr<const ClumMesh::CData> ClumMesh::makeData(const std::vector<ClumPoint3>& i_vertices,
-                                                const std::vector<TTriangle>& i_triangles)
+                                                const std::vector<TTriangle>& i_triangles, ESolidity i_solidity)
 {
   if (!areMeshInputsSound(i_vertices, i_triangles))
     return ShPtr<const CData>();
   const ShPtr<CData> data(new CData);
   ClumSweptTriangles& shape = data->shape;
   shape.vertices = i_vertices;
+  shape.solidity = i_solidity;
   for (const TTriangle& triangle : i_triangles)
   {
     const bool isSeam = hasZeroArea(i_vertices[triangle[0]], i_vertices[triangle[1]], i_vertices[triangle[2]]);
@@ -139,12 +141,12 @@ lmStatus ClumMesh::init(const ClumMeshWkPtr& i_weakPtr)
 }
 
 lmStatus ClumMesh::init(const ClumMeshWkPtr& i_weakPtr, const std::vector<ClumPoint3>& i_vertices,
-                        const std::vector<TTriangle>& i_triangles)
+                        const std::vector<TTriangle>& i_triangles, ESolidity i_solidity)
 {
   const lmStatus status = init(i_weakPtr);
   if (status.failed())
     return status;
-  m_data = makeData(i_vertices, i_triangles);
+  m_data = makeData(i_vertices, i_triangles, i_solidity);
   return m_data ? status : lmStatus(lmStatus::FAILURE);
 }
 
@@ -173,6 +175,11 @@ bool ClumMesh::isClosed() const
   return m_data->isClosed;
 }
 
+ClumMesh::ESolidity ClumMesh::solidity() const
+{
+  return m_data->shape.solidity;
+}
+
 void ClumMesh::getBoundingBox(ClumPoint3& o_lowest, ClumPoint3& o_highest) const
 {
   o_lowest = m_data->lowest;
@@ -196,6 +203,8 @@ void ClumMesh::encodeWithCoder(const ClumCoderShPtr& i_coder) const
       ranks.insert(ranks.end(), triangle.begin(), triangle.end());
   i_coder->encodeDoubleVector(coordinates, "vertices");
   i_coder->encodeUnsignedIntVector(ranks, "triangles");
+  if (solidity() != ClumSweptTriangles::SOLID_IF_CLOSED)
+    i_coder->encodeInt(solidity(), "solidity");
 }
 
 lmStatus ClumMesh::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
@@ -213,6 +222,9 @@ lmStatus ClumMesh::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodabl
   std::vector<TTriangle> triangles;
   for (std::size_t i = 0; i + 2 < ranks.size(); i += 3)
     triangles.push_back({ranks[i], ranks[i + 1], ranks[i + 2]});
-  m_data = makeData(vertices, triangles);
+  const int solidity = i_coder->hasKey("solidity") ? i_coder->decodeInt("solidity") : 0;
+  if (solidity < ClumSweptTriangles::SOLID_IF_CLOSED || solidity > ClumSweptTriangles::SOLID)
+    return lmStatus::FAILURE;
+  m_data = makeData(vertices, triangles, static_cast<ESolidity>(solidity));
   return m_data ? status : lmStatus(lmStatus::FAILURE);
 }

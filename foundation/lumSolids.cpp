@@ -87,6 +87,9 @@ void solidCorners(const ClumSweptTriangles& i_shape, std::size_t i_triangle, Clu
 ClumSolids::ClumSolids(const ClumSweptTriangles& i_shape)
 {
   findParts(i_shape);
+  if (i_shape.solidity != ClumSweptTriangles::SOLID_IF_CLOSED)
+    for (CPart& part : m_parts)
+      part.isClosed = i_shape.solidity == ClumSweptTriangles::SOLID;
   turnOutward(i_shape);
 }
 

@@ -11,6 +11,14 @@ struct ClumSweptTriangles
 {
   using TTriangle = std::array<unsigned int, 3>;
 
+  /// What bounds a volume: the closed parts, as found, or as somebody says who knows.
+  enum ESolidity : int
+  {
+    SOLID_IF_CLOSED = 0,
+    SURFACE = 1, ///< nothing
+    SOLID = 2    ///< every part; what lies inside is told by how often a ray crosses it
+  };
+
   std::vector<ClumPoint3> vertices;
   std::vector<TTriangle> triangles;
   /// Triangles without area. They bound nothing, but without them a closed surface may look open.
@@ -18,6 +26,7 @@ struct ClumSweptTriangles
   double radius = 0.0;
   /// The shape told may reach beyond the true one, by no more than this.
   double excess = 0.0;
+  ESolidity solidity = SOLID_IF_CLOSED;
 };
 
 /// A shape without members: the form in which geometry meets the collision toolkit.

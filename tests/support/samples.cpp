@@ -19,6 +19,7 @@
 #include "foundation/lumMultithreadedParallelOperation.h"
 #include "foundation/lumNotificator.h"
 #include "foundation/lumParallelCooperativeOperation.h"
+#include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumScene.h"
 #include "foundation/lumSequenceOperation.h"
 #include "foundation/lumSphere.h"
@@ -224,6 +225,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(ClumMesh, ClumMesh::create(samplePoints(), {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}})),
     SAMPLE(ClumMultithreadedParallelOperation, ClumMultithreadedParallelOperation::create()),
     SAMPLE(ClumParallelCooperativeOperation, ClumParallelCooperativeOperation::create()),
+    SAMPLE(ClumProximityCollisionToolkit, ClumProximityCollisionToolkit::create()),
     SAMPLE(ClumScene, ClumScene::create()),
     SAMPLE(ClumSequenceOperation, ClumSequenceOperation::create()),
     SAMPLE(ClumSphere, ClumSphere::create(1.5)),

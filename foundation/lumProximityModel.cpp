@@ -1,0 +1,224 @@
+#include "foundation/lumProximityModel.h"
+
+#include "foundation/lumLeafGeometry.h"
+#include "foundation/lumProximityTree.h"
+#include "foundation/lumSolids.h"
+
+#include <boost/container/small_vector.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+
+namespace
+{
+constexpr double MODEL_LARGEST = 1e14;
+constexpr double MODEL_RADIUS_SLACK = 1.0 + 1e-12;
+
+const char s_proximityKind = 0;
+
+const CProximityKernel* fastestProximityKernel()
+{
+  return lumProximityKernels().back();
+}
+
+std::atomic<const CProximityKernel*>& usedProximityKernel()
+{
+  static std::atomic<const CProximityKernel*> s_used{fastestProximityKernel()};
+  return s_used;
+}
+
+/// What the ray from a point crosses, added up over the leaves that it may meet.
+struct CModelCrossings
+{
+  const CProximityPacket* packets;
+  const std::vector<CProximityModel::CPart>& parts;
+  const std::vector<std::uint32_t>& partOfTriangle;
+  ClumVect3 point;
+  int winding = 0;
+  boost::container::small_vector<std::uint32_t, 8> oddParts;
+
+  void addLeaf(std::uint32_t i_leaf)
+  {
+    const CProximityPacket& packet = packets[i_leaf & PROXIMITY_PACKET_MASK];
+    const unsigned int first = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u;
+    const unsigned int count = ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
+    for (unsigned int lane = first; lane < first + count; ++lane)
+      add(packet, lane);
+  }
+
+  void add(const CProximityPacket& i_packet, unsigned int i_lane)
+  {
+    const std::uint32_t rank = partOfTriangle.empty() ? 0 : partOfTriangle[i_packet.id[i_lane]];
+    const CProximityModel::CPart& part = parts[rank];
+    if (!part.isClosed)
+      return;
+    ClumVect3 corners[3];
+    for (unsigned int k = 0; k < 3; ++k)
+      corners[k].setValue(i_packet.corners[k][0][i_lane], i_packet.corners[k][1][i_lane],
+                          i_packet.corners[k][2][i_lane]);
+    const int crossing = lumRayCrossing(point, corners);
+    if (crossing == 0)
+      return;
+    if (part.isOriented)
+    {
+      winding += crossing * part.sign;
+      return;
+    }
+    const auto found = std::find(oddParts.begin(), oddParts.end(), rank);
+    if (found == oddParts.end())
+      oddParts.push_back(rank);
+    else
+      oddParts.erase(found);
+  }
+
+  static void visit(void* io_data, std::uint32_t i_leaf) { static_cast<CModelCrossings*>(io_data)->addLeaf(i_leaf); }
+};
+} // namespace
+
+const void* CProximityModel::kindOfModel()
+{
+  return &s_proximityKind;
+}
+
+ClumCollisionModelConstShPtr CProximityModel::create(const ClumSweptTriangles& i_shape)
+{
+  if (i_shape.triangles.empty() || !(i_shape.radius <= MODEL_LARGEST))
+    return ClumCollisionModelConstShPtr();
+  for (const ClumPoint3& vertex : i_shape.vertices)
+    for (unsigned int k = 0; k < 3; ++k)
+      if (!(std::fabs(vertex[k]) <= MODEL_LARGEST))
+        return ClumCollisionModelConstShPtr();
+  return ClumCollisionModelConstShPtr(new CProximityModel(i_shape));
+}
+
+CProximityModel::CProximityModel(const ClumSweptTriangles& i_shape) : ClumCollisionModel(kindOfModel())
+{
+  m_sweep = i_shape.radius;
+  m_excess = i_shape.excess;
+  findBounds(i_shape);
+  buildTree(i_shape);
+  findParts(i_shape);
+}
+
+void CProximityModel::findBounds(const ClumSweptTriangles& i_shape)
+{
+  const double infinity = std::numeric_limits<double>::infinity();
+  ClumVect3 low(infinity, infinity, infinity), high(-infinity, -infinity, -infinity);
+  const auto forEachCorner = [&](auto i_function)
+  {
+    for (const ClumSweptTriangles::TTriangle& triangle : i_shape.triangles)
+      for (const unsigned int vertex : triangle)
+        i_function(i_shape.vertices[vertex].toVect3());
+  };
+  forEachCorner(
+    [&](const ClumVect3& corner)
+    {
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        low[k] = std::min(low[k], corner[k]);
+        high[k] = std::max(high[k], corner[k]);
+      }
+    });
+  const ClumVect3 center = low + (high - low) * 0.5;
+  double radius = 0.0;
+  forEachCorner([&](const ClumVect3& corner) { radius = std::max(radius, (corner - center).squaredNorm()); });
+  m_center = ClumPoint3(center);
+  m_low = low - center;
+  m_high = high - center;
+  m_tree.radius = std::sqrt(radius) * MODEL_RADIUS_SLACK;
+  m_radius = m_tree.radius + m_sweep;
+}
+
+void CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
+{
+  const ClumVect3 center = m_center.toVect3();
+  std::vector<ClumVect3> corners;
+  corners.reserve(3 * i_shape.triangles.size());
+  for (const ClumSweptTriangles::TTriangle& triangle : i_shape.triangles)
+    for (const unsigned int vertex : triangle)
+      corners.push_back(i_shape.vertices[vertex].toVect3() - center);
+  lumBuildProximityTree(corners, m_nodes, m_packets, m_places);
+  m_tree.nodes = m_nodes.data();
+  m_tree.packets = m_packets.data();
+}
+
+void CProximityModel::findParts(const ClumSweptTriangles& i_shape)
+{
+  const ClumSolids solids(i_shape);
+  const ClumVect3 center = m_center.toVect3();
+  for (const ClumSolids::CPart& part : solids.parts())
+    m_parts.push_back(
+      {i_shape.vertices[part.vertex].toVect3() - center, 0.0, part.isClosed, part.isOriented, part.sign});
+  for (std::size_t i = 0; i < i_shape.triangles.size(); ++i)
+  {
+    CPart& part = m_parts[solids.part(i)];
+    for (const unsigned int vertex : i_shape.triangles[i])
+      part.reach = std::max(part.reach, (i_shape.vertices[vertex].toVect3() - center - part.point).norm());
+  }
+  for (const CPart& part : m_parts)
+    if (part.isClosed)
+      m_solidReach = std::max(m_solidReach, part.reach);
+  if (m_parts.size() > 1)
+    for (std::size_t i = 0; i < i_shape.triangles.size(); ++i)
+      m_partOfTriangle.push_back(static_cast<std::uint32_t>(solids.part(i)));
+  m_partOfTriangle.shrink_to_fit();
+}
+
+void CProximityModel::corners(std::uint32_t i_place, ClumVect3 o_corners[3]) const
+{
+  const CProximityPacket& packet = m_packets[i_place >> 2];
+  const unsigned int lane = i_place & 3u;
+  for (unsigned int k = 0; k < 3; ++k)
+    o_corners[k].setValue(packet.corners[k][0][lane], packet.corners[k][1][lane], packet.corners[k][2][lane]);
+}
+
+bool CProximityModel::isInside(const ClumVect3& i_point) const
+{
+  for (unsigned int k = 0; k < 3; ++k)
+    if (i_point[k] < m_low[k] || i_point[k] > m_high[k])
+      return false;
+  CModelCrossings crossings = {m_packets.data(), m_parts, m_partOfTriangle, i_point, 0, {}};
+  lumProximityKernel().ray(m_tree, i_point.data(), m_high.x() - i_point.x(), &CModelCrossings::visit, &crossings);
+  return crossings.winding != 0 || !crossings.oddParts.empty();
+}
+
+double CProximityModel::support(const ClumVect3& i_direction) const
+{
+  double farthest = -std::numeric_limits<double>::infinity();
+  for (const CProximityPacket& packet : m_packets)
+    for (unsigned int lane = 0; lane < 4; ++lane)
+      for (const auto& corner : packet.corners)
+        farthest = std::max(farthest, i_direction.x() * corner[0][lane] + i_direction.y() * corner[1][lane] +
+                                        i_direction.z() * corner[2][lane]);
+  return farthest;
+}
+
+std::size_t CProximityModel::countBytes() const
+{
+  return sizeof *this + m_nodes.capacity() * sizeof(CProximityNode) + m_packets.capacity() * sizeof(CProximityPacket) +
+         m_places.capacity() * sizeof(std::uint32_t) + m_partOfTriangle.capacity() * sizeof(std::uint32_t) +
+         m_parts.capacity() * sizeof(CPart);
+}
+
+std::vector<const CProximityKernel*> lumProximityKernels()
+{
+  std::vector<const CProximityKernel*> kernels = {&g_proximityPortable};
+#ifdef LUM_PROXIMITY_X86
+  kernels.push_back(&g_proximitySse2);
+  if (__builtin_cpu_supports("avx2"))
+    kernels.push_back(&g_proximityAvx2);
+#endif
+  return kernels;
+}
+
+const CProximityKernel& lumProximityKernel()
+{
+  return *usedProximityKernel().load(std::memory_order_relaxed);
+}
+
+void lumUseProximityKernel(const CProximityKernel& i_kernel)
+{
+  usedProximityKernel().store(&i_kernel, std::memory_order_relaxed);
+}

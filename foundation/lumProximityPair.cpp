@@ -1,0 +1,156 @@
+#include "foundation/lumProximityPair.h"
+
+#include "foundation/lumCollisionToolkit.h"
+#include "foundation/lumProximityFar.h"
+#include "foundation/lumTriangleDistance.h"
+
+namespace
+{
+/// What is taken off a distance for rounding, in parts of the sizes involved, and of how far the poses reach.
+constexpr double PROXIMITY_SIZE_SLACK = 1e-11;
+constexpr double PROXIMITY_POSE_SLACK = 4e-15;
+/// Beyond this distance of the centres, in parts of the radii, the far search is used.
+constexpr double PROXIMITY_FAR_RATIO = 1024.0;
+
+double settleTriangles(const double i_row[9], const double i_lane[9])
+{
+  ClumVect3 s[3], t[3];
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    s[k].setValue(i_row[3 * k], i_row[3 * k + 1], i_row[3 * k + 2]);
+    t[k].setValue(i_lane[3 * k], i_lane[3 * k + 1], i_lane[3 * k + 2]);
+  }
+  return lumSureTriangleDistance(s, t);
+}
+} // namespace
+
+CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
+                               const ClumMat4& i_poseB)
+  : m_a(static_cast<const CProximityModel&>(i_a)), m_b(static_cast<const CProximityModel&>(i_b)), m_poseA(i_poseA),
+    m_sweep(m_a.sweep() + m_b.sweep())
+{
+  for (unsigned int r = 0; r < 3; ++r)
+    for (unsigned int c = 0; c < 3; ++c)
+      m_query.rotation[3 * r + c] =
+        i_poseA(0, r) * i_poseB(0, c) + i_poseA(1, r) * i_poseB(1, c) + i_poseA(2, r) * i_poseB(2, c);
+  const ClumVect3 turnedA = i_poseA * m_a.center().toVect3(), turnedB = i_poseB * m_b.center().toVect3();
+  const ClumVect3 placeA = i_poseA.translation(), placeB = i_poseB.translation();
+  const ClumVect3 offset = (placeB - placeA) + (turnedB - turnedA);
+  moveTo(ClumVect3(i_poseA.xAxis().scalarProduct(offset), i_poseA.axis(ClumMat4::Y_AXIS).scalarProduct(offset),
+                   i_poseA.axis(ClumMat4::Z_AXIS).scalarProduct(offset)));
+  m_slack = PROXIMITY_SIZE_SLACK * (m_a.radius() + m_b.radius() + m_length) +
+            PROXIMITY_POSE_SLACK * (placeA.norm() + placeB.norm() + turnedA.norm() + turnedB.norm());
+  m_query.a = m_a.tree();
+  m_query.b = m_b.tree();
+  m_query.sweep = m_sweep;
+  m_query.hintA = m_query.hintB = PROXIMITY_NONE;
+  m_query.settle = &settleTriangles;
+}
+
+ClumVect3 CProximityPair::translation() const
+{
+  return ClumVect3(m_query.translation[0], m_query.translation[1], m_query.translation[2]);
+}
+
+ClumVect3 CProximityPair::toA(const ClumVect3& i_point) const
+{
+  return turnToA(i_point) + translation();
+}
+
+ClumVect3 CProximityPair::toB(const ClumVect3& i_point) const
+{
+  return turnToB(i_point - translation());
+}
+
+ClumVect3 CProximityPair::turnToA(const ClumVect3& i_vector) const
+{
+  const double* r = m_query.rotation;
+  return ClumVect3(r[0] * i_vector.x() + r[1] * i_vector.y() + r[2] * i_vector.z(),
+                   r[3] * i_vector.x() + r[4] * i_vector.y() + r[5] * i_vector.z(),
+                   r[6] * i_vector.x() + r[7] * i_vector.y() + r[8] * i_vector.z());
+}
+
+ClumVect3 CProximityPair::turnToB(const ClumVect3& i_vector) const
+{
+  const double* r = m_query.rotation;
+  return ClumVect3(r[0] * i_vector.x() + r[3] * i_vector.y() + r[6] * i_vector.z(),
+                   r[1] * i_vector.x() + r[4] * i_vector.y() + r[7] * i_vector.z(),
+                   r[2] * i_vector.x() + r[5] * i_vector.y() + r[8] * i_vector.z());
+}
+
+void CProximityPair::moveTo(const ClumVect3& i_translation)
+{
+  for (unsigned int k = 0; k < 3; ++k)
+    m_query.translation[k] = i_translation[k];
+  m_length = i_translation.norm();
+}
+
+void CProximityPair::hint(unsigned int i_triangleA, unsigned int i_triangleB)
+{
+  if (i_triangleA >= m_a.countTriangles() || i_triangleB >= m_b.countTriangles())
+    return;
+  m_query.hintA = m_a.place(i_triangleA);
+  m_query.hintB = m_b.place(i_triangleB);
+}
+
+void CProximityPair::hint(const CProximityAnswer& i_answer)
+{
+  m_query.hintA = i_answer.placeA;
+  m_query.hintB = i_answer.placeB;
+}
+
+CProximityAnswer CProximityPair::search(double i_cap, double i_share, double i_stop)
+{
+  m_query.cap = i_cap;
+  m_query.share = i_share;
+  m_query.stop = i_stop;
+  CProximityAnswer answer;
+  if (m_length > PROXIMITY_FAR_RATIO * (m_query.a.radius + m_query.b.radius) && m_length > 0.0)
+    lumProximityFarDistance(m_query, answer);
+  else
+    lumProximityKernel().distance(m_query, answer);
+  return answer;
+}
+
+bool CProximityPair::areTouching()
+{
+  return ballGap() <= m_slack && (searchContact().best <= reach() || isNested());
+}
+
+bool CProximityPair::isNested() const
+{
+  // A part that lies inside is not longer than what it lies in.
+  if (m_a.hasSolid())
+    for (const CProximityModel::CPart& part : m_b.parts())
+      if (part.reach <= 2.0 * m_a.solidReach() && m_a.isInside(toA(part.point)))
+        return true;
+  if (m_b.hasSolid())
+    for (const CProximityModel::CPart& part : m_a.parts())
+      if (part.reach <= 2.0 * m_b.solidReach() && m_b.isInside(toB(part.point)))
+        return true;
+  return false;
+}
+
+void CProximityPair::writePoints(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const
+{
+  if (i_answer.placeA == PROXIMITY_NONE)
+    return;
+  ClumVect3 onA, onB;
+  nearestPoints(i_answer, onA, onB);
+  const ClumVect3 direction = (onB - onA).normalized(), center = m_a.center().toVect3();
+  o_result.hasPoints = true;
+  o_result.triangleA = m_a.triangleAt(i_answer.placeA);
+  o_result.triangleB = m_b.triangleAt(i_answer.placeB);
+  o_result.pointA = m_poseA * ClumPoint3(center + (onA + direction * m_a.sweep()));
+  o_result.pointB = m_poseA * ClumPoint3(center + (onB - direction * m_b.sweep()));
+}
+
+double CProximityPair::nearestPoints(const CProximityAnswer& i_answer, ClumVect3& o_onA, ClumVect3& o_onB) const
+{
+  ClumVect3 s[3], t[3];
+  m_a.corners(i_answer.placeA, s);
+  m_b.corners(i_answer.placeB, t);
+  for (ClumVect3& corner : t)
+    corner = toA(corner);
+  return lumTriangleDistance(s, t, o_onA, o_onB);
+}

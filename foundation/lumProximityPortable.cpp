@@ -1,0 +1,174 @@
+#include "foundation/lumProximityKernel.h"
+
+// The kernel in plain C++, for every machine.
+
+namespace
+{
+struct TFloats
+{
+  float lanes[8];
+
+  explicit TFloats(float v)
+  {
+    for (float& lane : lanes)
+      lane = v;
+  }
+  explicit TFloats(const float* v)
+  {
+    for (int k = 0; k < 8; ++k)
+      lanes[k] = v[k];
+  }
+  void store(float* o) const
+  {
+    for (int k = 0; k < 8; ++k)
+      o[k] = lanes[k];
+  }
+};
+
+struct TDoubles
+{
+  double lanes[4];
+
+  TDoubles() = default;
+  explicit TDoubles(double v)
+  {
+    for (double& lane : lanes)
+      lane = v;
+  }
+  explicit TDoubles(const double* v)
+  {
+    for (int k = 0; k < 4; ++k)
+      lanes[k] = v[k];
+  }
+  void store(double* o) const
+  {
+    for (int k = 0; k < 4; ++k)
+      o[k] = lanes[k];
+  }
+};
+
+struct TMask
+{
+  bool bits[4];
+
+  unsigned int lanes() const { return bits[0] | bits[1] << 1 | bits[2] << 2 | bits[3] << 3; }
+  bool any() const { return lanes() != 0; }
+  bool all() const { return lanes() == 15; }
+  bool none() const { return lanes() == 0; }
+};
+
+template <class T, class F>
+inline T each(const T& a, const T& b, F f)
+{
+  T r = a;
+  for (unsigned int k = 0; k < sizeof a.lanes / sizeof a.lanes[0]; ++k)
+    r.lanes[k] = f(a.lanes[k], b.lanes[k]);
+  return r;
+}
+template <class F>
+inline TMask compare(const TDoubles& a, const TDoubles& b, F f)
+{
+  TMask m;
+  for (int k = 0; k < 4; ++k)
+    m.bits[k] = f(a.lanes[k], b.lanes[k]);
+  return m;
+}
+
+inline TFloats operator+(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x + y; });
+}
+inline TFloats operator-(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x - y; });
+}
+inline TFloats operator*(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x * y; });
+}
+inline TFloats larger(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x > y ? x : y; });
+}
+inline TFloats smaller(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x < y ? x : y; });
+}
+inline TFloats magnitude(const TFloats& a)
+{
+  return each(a, a, [](float x, float) { return __builtin_fabsf(x); });
+}
+/// `i_then` where a > b, otherwise `i_else`.
+inline TFloats pick(const TFloats& a, const TFloats& b, const TFloats& i_then, const TFloats& i_else)
+{
+  TFloats r = i_else;
+  for (int k = 0; k < 8; ++k)
+    if (a.lanes[k] > b.lanes[k])
+      r.lanes[k] = i_then.lanes[k];
+  return r;
+}
+inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
+{
+  unsigned int lanes = 0;
+  for (int k = 0; k < 8; ++k)
+    lanes |= static_cast<unsigned int>(a.lanes[k] < b.lanes[k]) << k;
+  return lanes;
+}
+
+inline TDoubles operator+(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x + y; });
+}
+inline TDoubles operator-(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x - y; });
+}
+inline TDoubles operator*(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x * y; });
+}
+inline TDoubles operator/(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x / y; });
+}
+inline TDoubles larger(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x > y ? x : y; });
+}
+inline TDoubles smaller(const TDoubles& a, const TDoubles& b)
+{
+  return each(a, b, [](double x, double y) { return x < y ? x : y; });
+}
+inline TDoubles magnitude(const TDoubles& a)
+{
+  return each(a, a, [](double x, double) { return __builtin_fabs(x); });
+}
+inline TMask operator>(const TDoubles& a, const TDoubles& b)
+{
+  return compare(a, b, [](double x, double y) { return x > y; });
+}
+inline TMask operator<(const TDoubles& a, const TDoubles& b)
+{
+  return compare(a, b, [](double x, double y) { return x < y; });
+}
+inline TMask operator&(const TMask& a, const TMask& b)
+{
+  return {{a.bits[0] && b.bits[0], a.bits[1] && b.bits[1], a.bits[2] && b.bits[2], a.bits[3] && b.bits[3]}};
+}
+inline TMask operator|(const TMask& a, const TMask& b)
+{
+  return {{a.bits[0] || b.bits[0], a.bits[1] || b.bits[1], a.bits[2] || b.bits[2], a.bits[3] || b.bits[3]}};
+}
+inline TDoubles select(const TMask& m, const TDoubles& i_then, const TDoubles& i_else)
+{
+  TDoubles r = i_else;
+  for (int k = 0; k < 4; ++k)
+    if (m.bits[k])
+      r.lanes[k] = i_then.lanes[k];
+  return r;
+}
+} // namespace
+
+#include "foundation/lumProximitySearch.h"
+
+const CProximityKernel g_proximityPortable = {"portable", proximityDistance, proximityRay};

@@ -1,0 +1,489 @@
+#include "foundation/lumProximityTree.h"
+
+#include "foundation/lumTriangleDistance.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace
+{
+constexpr unsigned int TREE_LEAF = 4;        ///< triangles
+constexpr unsigned int TREE_BINS = 12;       ///< into which the triangles are sorted to find a cut
+constexpr unsigned int TREE_FREE_DEPTH = 36; ///< of cuts: deeper down, every cut halves
+constexpr unsigned int TREE_FEW = 64;        ///< up to that many triangles, more frames are tried
+constexpr double TREE_LEAF_CUT = 0.7;        ///< a leaf is cut if that lessens its surface so much
+constexpr double TREE_OUTWARD = 1.0 + 0x1p-22;
+constexpr double TREE_INFINITY = std::numeric_limits<double>::infinity();
+
+struct CTreeAxes
+{
+  ClumVect3 axes[3];
+};
+
+struct CTreeRange
+{
+  double low[3] = {TREE_INFINITY, TREE_INFINITY, TREE_INFINITY};
+  double high[3] = {-TREE_INFINITY, -TREE_INFINITY, -TREE_INFINITY};
+
+  void add(const CTreeRange& i_other)
+  {
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      low[k] = std::min(low[k], i_other.low[k]);
+      high[k] = std::max(high[k], i_other.high[k]);
+    }
+  }
+  /// Half of the box's surface; 0 for none.
+  double surface() const
+  {
+    const double x = high[0] - low[0], y = high[1] - low[1], z = high[2] - low[2];
+    return x >= 0.0 ? x * y + y * z + z * x : 0.0;
+  }
+};
+
+/// A part of the triangles, before eight are gathered.
+struct CTreePart
+{
+  std::uint32_t first = 0;
+  std::uint32_t count = 0;
+  std::uint32_t child = 0; ///< the first of two; 0 for a leaf
+  double surface = 0.0;
+  CTreeAxes frame;
+};
+
+/// Turns a symmetric matrix (xx, yy, zz, xy, yz, zx) to its main axes by Jacobi's method.
+CTreeAxes mainAxes(const double i_matrix[6])
+{
+  double m[3][3] = {{i_matrix[0], i_matrix[3], i_matrix[5]},
+                    {i_matrix[3], i_matrix[1], i_matrix[4]},
+                    {i_matrix[5], i_matrix[4], i_matrix[2]}};
+  double v[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  const double size = m[0][0] + m[1][1] + m[2][2];
+  for (unsigned int sweep = 0; sweep < 12; ++sweep)
+  {
+    if (!(std::fabs(m[0][1]) + std::fabs(m[1][2]) + std::fabs(m[0][2]) > 1e-14 * size))
+      break;
+    for (unsigned int turn = 0; turn < 3; ++turn)
+    {
+      const unsigned int p = turn == 2 ? 1 : 0, q = turn == 0 ? 1 : 2, r = 3 - p - q;
+      if (m[p][q] == 0.0)
+        continue;
+      const double theta = (m[q][q] - m[p][p]) / (2.0 * m[p][q]);
+      const double t = (theta >= 0.0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
+      const double c = 1.0 / std::sqrt(t * t + 1.0), s = t * c;
+      m[p][p] -= t * m[p][q];
+      m[q][q] += t * m[p][q];
+      m[p][q] = m[q][p] = 0.0;
+      const double rp = m[r][p], rq = m[r][q];
+      m[r][p] = m[p][r] = c * rp - s * rq;
+      m[r][q] = m[q][r] = s * rp + c * rq;
+      for (auto& row : v)
+      {
+        const double vp = row[p], vq = row[q];
+        row[p] = c * vp - s * vq;
+        row[q] = s * vp + c * vq;
+      }
+    }
+  }
+  CTreeAxes frame;
+  for (unsigned int k = 0; k < 3; ++k)
+    frame.axes[k] = ClumVect3(v[0][k], v[1][k], v[2][k]).normalized();
+  return frame;
+}
+
+/// The frame of an edge, and of the plane that it makes with another.
+bool edgeFrame(const ClumVect3& i_edge, const ClumVect3& i_other, CTreeAxes& o_frame)
+{
+  const ClumVect3 normal = i_edge * i_other;
+  if (!(normal.norm() > 1e-6 * i_edge.norm() * i_other.norm()))
+    return false;
+  o_frame.axes[0] = i_edge.normalized();
+  o_frame.axes[2] = normal.normalized();
+  o_frame.axes[1] = o_frame.axes[2] * o_frame.axes[0];
+  return true;
+}
+
+class CTreeBuilder
+{
+public:
+  CTreeBuilder(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
+               std::vector<CProximityPacket>& o_packets, std::vector<std::uint32_t>& o_places)
+    : m_corners(i_corners), m_nodes(o_nodes), m_packets(o_packets), m_places(o_places)
+  {
+  }
+
+  void build()
+  {
+    const std::uint32_t count = static_cast<std::uint32_t>(m_corners.size() / 3);
+    m_order.resize(count);
+    for (std::uint32_t i = 0; i < count; ++i)
+      m_order[i] = i;
+    m_ranges.resize(count);
+    m_places.resize(count);
+    m_parts.emplace_back();
+    m_parts[0].count = count;
+    cut(0, 0);
+    m_nodes.emplace_back();
+    clear(m_nodes[0]);
+    writeBox(0, 0, m_parts[0]);
+    m_nodes[0].child[0] = gather(0);
+    m_nodes.shrink_to_fit();
+    m_packets.shrink_to_fit();
+  }
+
+private:
+  const ClumVect3* triangle(std::uint32_t i_at) const { return &m_corners[3 * m_order[i_at]]; }
+
+  // Cuts.
+
+  void cut(std::uint32_t i_part, unsigned int i_depth)
+  {
+    fit(m_parts[i_part]);
+    const std::uint32_t first = m_parts[i_part].first, count = m_parts[i_part].count;
+    const std::uint32_t half = count > 1 ? findCut(m_parts[i_part], i_depth) : 0;
+    if (half == 0)
+      return;
+    const std::uint32_t child = static_cast<std::uint32_t>(m_parts.size());
+    m_parts[i_part].child = child;
+    m_parts.resize(child + 2);
+    m_parts[child].first = first;
+    m_parts[child].count = half;
+    m_parts[child + 1].first = first + half;
+    m_parts[child + 1].count = count - half;
+    cut(child, i_depth + 1);
+    cut(child + 1, i_depth + 1);
+  }
+
+  /// Looks for a frame in which the box is small.
+  void fit(CTreePart& io_part)
+  {
+    double matrix[6];
+    spread(io_part, matrix);
+    std::vector<CTreeAxes>& frames = m_frames;
+    frames.assign(1, mainAxes(matrix));
+    if (io_part.count <= TREE_FEW)
+    {
+      frames.push_back({{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
+      addTriangleFrames(io_part, frames);
+    }
+    io_part.surface = TREE_INFINITY;
+    for (const CTreeAxes& frame : frames)
+    {
+      CTreeRange range;
+      for (std::uint32_t i = io_part.first; i < io_part.first + io_part.count; ++i)
+        range.add(rangeIn(frame, triangle(i)));
+      // What is a little better only for rounding is not better.
+      if (range.surface() < io_part.surface * (1.0 - 1e-6))
+      {
+        io_part.surface = range.surface();
+        io_part.frame = frame;
+      }
+    }
+  }
+
+  /// The second moments of the surface about its centre.
+  void spread(const CTreePart& i_part, double o_matrix[6]) const
+  {
+    double weight = 0.0, sum[3] = {0, 0, 0}, products[6] = {0, 0, 0, 0, 0, 0};
+    const ClumVect3 origin = triangle(i_part.first)[0];
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+    {
+      const ClumVect3* t = triangle(i);
+      const ClumVect3 a = t[0] - origin, b = t[1] - origin, c = t[2] - origin, s = a + b + c;
+      // Triangles without area count a little, so that there is always a frame.
+      const ClumVect3 edge = b - a, other = c - a;
+      const double w = (edge * other).norm() + 1e-9 * (edge.squaredNorm() + other.squaredNorm());
+      weight += w;
+      for (unsigned int k = 0; k < 3; ++k)
+        sum[k] += w * s[k];
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        const unsigned int l = (k + 1) % 3;
+        products[k] += w * (s[k] * s[k] + a[k] * a[k] + b[k] * b[k] + c[k] * c[k]);
+        products[3 + k] += w * (s[k] * s[l] + a[k] * a[l] + b[k] * b[l] + c[k] * c[l]);
+      }
+    }
+    const double inverse = weight > 0.0 ? 1.0 / weight : 0.0;
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      const unsigned int l = (k + 1) % 3;
+      o_matrix[k] = products[k] * inverse / 12.0 - sum[k] * sum[k] * inverse * inverse / 9.0;
+      o_matrix[3 + k] = products[3 + k] * inverse / 12.0 - sum[k] * sum[l] * inverse * inverse / 9.0;
+    }
+  }
+
+  /// Frames of the largest triangle: along each of its edges.
+  void addTriangleFrames(const CTreePart& i_part, std::vector<CTreeAxes>& io_frames) const
+  {
+    std::uint32_t largest = i_part.first;
+    double area = -1.0;
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+    {
+      const ClumVect3* t = triangle(i);
+      const double found = ((t[1] - t[0]) * (t[2] - t[0])).norm();
+      if (found > area)
+      {
+        area = found;
+        largest = i;
+      }
+    }
+    const ClumVect3* t = triangle(largest);
+    CTreeAxes frame;
+    for (unsigned int k = 0; k < 3; ++k)
+      if (edgeFrame(t[(k + 1) % 3] - t[k], t[(k + 2) % 3] - t[k], frame))
+        io_frames.push_back(frame);
+  }
+
+  static CTreeRange rangeIn(const CTreeAxes& i_frame, const ClumVect3* i_corners)
+  {
+    CTreeRange range;
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      const double a = i_frame.axes[k].scalarProduct(i_corners[0]), b = i_frame.axes[k].scalarProduct(i_corners[1]);
+      const double c = i_frame.axes[k].scalarProduct(i_corners[2]);
+      range.low[k] = std::min(std::min(a, b), c);
+      range.high[k] = std::max(std::max(a, b), c);
+    }
+    return range;
+  }
+
+  /// Sorts the triangles of a part into two and returns how many come first; 0 if the part is to be a leaf.
+  std::uint32_t findCut(const CTreePart& i_part, unsigned int i_depth)
+  {
+    const std::uint32_t first = i_part.first, end = first + i_part.count;
+    double low[3] = {TREE_INFINITY, TREE_INFINITY, TREE_INFINITY}, high[3] = {-low[0], -low[1], -low[2]};
+    for (std::uint32_t i = first; i < end; ++i)
+    {
+      const CTreeRange range = m_ranges[m_order[i]] = rangeIn(i_part.frame, triangle(i));
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        low[k] = std::min(low[k], range.low[k] + range.high[k]);
+        high[k] = std::max(high[k], range.low[k] + range.high[k]);
+      }
+    }
+    CChoice best;
+    if (i_depth < TREE_FREE_DEPTH)
+      for (unsigned int k = 0; k < 3; ++k)
+        if (high[k] > low[k])
+          tryAxis(first, end, k, low[k], high[k], best);
+    if (i_part.count <= TREE_LEAF)
+    {
+      if (!(best.cost < TREE_LEAF_CUT * i_part.surface))
+        return 0;
+    }
+    else if (!(best.cost < TREE_INFINITY))
+      return halve(first, end, high[0] - low[0] >= high[1] - low[1] ? 0 : 1);
+    const auto middle = std::stable_partition(
+      m_order.begin() + first, m_order.begin() + end,
+      [&](std::uint32_t i) { return binOf(m_ranges[i], best.axis, best.low, best.scale) <= best.bin; });
+    return static_cast<std::uint32_t>(middle - (m_order.begin() + first));
+  }
+
+  struct CChoice
+  {
+    double cost = TREE_INFINITY;
+    unsigned int axis = 0;
+    unsigned int bin = 0; ///< the last that comes first
+    double low = 0.0;
+    double scale = 0.0;
+  };
+
+  static unsigned int binOf(const CTreeRange& i_range, unsigned int i_axis, double i_low, double i_scale)
+  {
+    const double at = (i_range.low[i_axis] + i_range.high[i_axis] - i_low) * i_scale;
+    return std::min(static_cast<unsigned int>(at), TREE_BINS - 1);
+  }
+
+  /// The cost of a cut is the sum of the surfaces, each times the packets under it.
+  void tryAxis(std::uint32_t i_first, std::uint32_t i_end, unsigned int i_axis, double i_low, double i_high,
+               CChoice& io_best) const
+  {
+    const double scale = TREE_BINS / (i_high - i_low);
+    if (!std::isfinite(scale))
+      return;
+    CTreeRange ranges[TREE_BINS];
+    std::uint32_t counts[TREE_BINS] = {};
+    for (std::uint32_t i = i_first; i < i_end; ++i)
+    {
+      const CTreeRange& range = m_ranges[m_order[i]];
+      const unsigned int bin = binOf(range, i_axis, i_low, scale);
+      ranges[bin].add(range);
+      ++counts[bin];
+    }
+    double costs[TREE_BINS] = {};
+    CTreeRange sum;
+    std::uint32_t count = 0;
+    for (unsigned int bin = TREE_BINS - 1; bin > 0; --bin)
+    {
+      sum.add(ranges[bin]);
+      count += counts[bin];
+      costs[bin - 1] = count > 0 ? sum.surface() * packets(count) : TREE_INFINITY;
+    }
+    sum = CTreeRange();
+    count = 0;
+    for (unsigned int bin = 0; bin + 1 < TREE_BINS; ++bin)
+    {
+      sum.add(ranges[bin]);
+      count += counts[bin];
+      const double cost = count > 0 ? sum.surface() * packets(count) + costs[bin] : TREE_INFINITY;
+      if (cost < io_best.cost)
+        io_best = {cost, i_axis, bin, i_low, scale};
+    }
+  }
+
+  static double packets(std::uint32_t i_count) { return (i_count + TREE_LEAF - 1) / TREE_LEAF; }
+
+  std::uint32_t halve(std::uint32_t i_first, std::uint32_t i_end, unsigned int i_axis)
+  {
+    std::sort(m_order.begin() + i_first, m_order.begin() + i_end,
+              [&](std::uint32_t a, std::uint32_t b)
+              {
+                const double atA = m_ranges[a].low[i_axis] + m_ranges[a].high[i_axis];
+                const double atB = m_ranges[b].low[i_axis] + m_ranges[b].high[i_axis];
+                return atA < atB || (atA == atB && a < b);
+              });
+    return (i_end - i_first) / 2;
+  }
+
+  // Nodes.
+
+  /// Writes a part as a leaf, or as a node with all under it. @return the child.
+  std::uint32_t gather(std::uint32_t i_part)
+  {
+    if (m_parts[i_part].child == 0)
+      return writeLeaf(m_parts[i_part]);
+    std::uint32_t members[8] = {m_parts[i_part].child, m_parts[i_part].child + 1};
+    unsigned int count = 2;
+    while (count < 8)
+    {
+      // The largest one that can be cut gives way to its two.
+      unsigned int largest = count;
+      for (unsigned int k = 0; k < count; ++k)
+        if (m_parts[members[k]].child != 0 &&
+            (largest == count || m_parts[members[k]].surface > m_parts[members[largest]].surface))
+          largest = k;
+      if (largest == count)
+        break;
+      const std::uint32_t child = m_parts[members[largest]].child;
+      members[largest] = child;
+      members[count++] = child + 1;
+    }
+    const std::uint32_t rank = static_cast<std::uint32_t>(m_nodes.size());
+    m_nodes.emplace_back();
+    clear(m_nodes[rank]);
+    for (unsigned int k = 0; k < count; ++k)
+    {
+      writeBox(rank, k, m_parts[members[k]]);
+      const std::uint32_t child = gather(members[k]);
+      m_nodes[rank].child[k] = child;
+    }
+    return rank;
+  }
+
+  static void clear(CProximityNode& o_node)
+  {
+    for (unsigned int k = 0; k < 8; ++k)
+    {
+      o_node.child[k] = PROXIMITY_NONE;
+      for (unsigned int i = 0; i < 3; ++i)
+      {
+        o_node.center[i][k] = 0.0f;
+        // Far outside of everything: no key of it is ever below a threshold.
+        o_node.half[i][k] = -1e30f;
+        for (unsigned int c = 0; c < 3; ++c)
+          o_node.axes[i][c][k] = 0.0f;
+      }
+    }
+  }
+
+  void writeBox(std::uint32_t i_node, unsigned int i_lane, const CTreePart& i_part)
+  {
+    CTreeRange range;
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+      range.add(rangeIn(i_part.frame, triangle(i)));
+    std::array<unsigned int, 3> order = {0, 1, 2};
+    std::sort(order.begin(), order.end(),
+              [&](unsigned int a, unsigned int b)
+              {
+                const double sizeA = range.high[a] - range.low[a], sizeB = range.high[b] - range.low[b];
+                return sizeA > sizeB || (sizeA == sizeB && a < b);
+              });
+    ClumVect3 middle;
+    for (unsigned int k = 0; k < 3; ++k)
+      middle += i_part.frame.axes[k] * (0.5 * (range.low[k] + range.high[k]));
+    // The box is what its numbers in single precision say, so the halves are measured with these.
+    CProximityNode& node = m_nodes[i_node];
+    CTreeAxes rounded;
+    ClumVect3 center;
+    for (unsigned int c = 0; c < 3; ++c)
+    {
+      node.center[c][i_lane] = static_cast<float>(middle[c]);
+      center[c] = node.center[c][i_lane];
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        node.axes[k][c][i_lane] = static_cast<float>(i_part.frame.axes[order[k]][c]);
+        rounded.axes[k][c] = node.axes[k][c][i_lane];
+      }
+    }
+    double half[3] = {0.0, 0.0, 0.0};
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+      for (unsigned int v = 0; v < 3; ++v)
+        for (unsigned int k = 0; k < 3; ++k)
+          half[k] = std::max(half[k], std::fabs(rounded.axes[k].scalarProduct(triangle(i)[v] - center)));
+    for (unsigned int k = 0; k < 3; ++k)
+      node.half[k][i_lane] = static_cast<float>(half[k] * TREE_OUTWARD);
+  }
+
+  std::uint32_t writeLeaf(const CTreePart& i_part)
+  {
+    if (m_packets.empty() || m_filled + i_part.count > TREE_LEAF)
+    {
+      m_packets.emplace_back();
+      m_filled = 0;
+    }
+    const std::uint32_t packet = static_cast<std::uint32_t>(m_packets.size() - 1);
+    const std::uint32_t child =
+      PROXIMITY_LEAF | (i_part.count - 1) << PROXIMITY_COUNT_SHIFT | m_filled << PROXIMITY_FIRST_SHIFT | packet;
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+    {
+      m_places[m_order[i]] = 4 * packet + m_filled;
+      // The lanes behind are filled too: those that stay free repeat a triangle.
+      for (std::uint32_t lane = m_filled; lane < TREE_LEAF; ++lane)
+        writeTriangle(m_packets[packet], lane, m_order[i]);
+      ++m_filled;
+    }
+    return child;
+  }
+
+  void writeTriangle(CProximityPacket& o_packet, std::uint32_t i_lane, std::uint32_t i_triangle) const
+  {
+    const ClumVect3* corners = &m_corners[3 * i_triangle];
+    const ClumVect3 normal = lumTriangleNormal(corners);
+    for (unsigned int c = 0; c < 3; ++c)
+    {
+      for (unsigned int v = 0; v < 3; ++v)
+        o_packet.corners[v][c][i_lane] = corners[v][c];
+      o_packet.normal[c][i_lane] = normal[c];
+    }
+    o_packet.id[i_lane] = i_triangle;
+  }
+
+  const std::vector<ClumVect3>& m_corners;
+  std::vector<CProximityNode>& m_nodes;
+  std::vector<CProximityPacket>& m_packets;
+  std::vector<std::uint32_t>& m_places;
+  std::vector<std::uint32_t> m_order;
+  std::vector<CTreeRange> m_ranges; ///< of the triangles in the frame of the part that is being cut
+  std::vector<CTreePart> m_parts;
+  std::vector<CTreeAxes> m_frames;
+  std::uint32_t m_filled = 0; ///< lanes of the last packet
+};
+} // namespace
+
+void lumBuildProximityTree(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
+                           std::vector<CProximityPacket>& o_packets, std::vector<std::uint32_t>& o_places)
+{
+  CTreeBuilder(i_corners, o_nodes, o_packets, o_places).build();
+}
