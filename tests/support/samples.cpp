@@ -100,6 +100,7 @@
 #include "validation/orvReportCollision.h"
 #include "validation/orvReportPathCollision.h"
 #include "validation/orvValidationReport.h"
+#include "validation/orvValidatorCfg6DofSingularity.h"
 #include "validation/orvValidatorCfgComposite.h"
 #include "validation/orvValidatorCfgDof.h"
 #include "validation/orvValidatorCfgLumScene.h"
@@ -320,6 +321,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvShooterRoadmapBox, CorvShooterRoadmapBox::create()),
     SAMPLE(CorvShortcutDirect, CorvShortcutDirect::create()),
     SAMPLE(CorvValidationReport, CorvValidationReport::create()),
+    SAMPLE(CorvValidatorCfg6DofSingularity, CorvValidatorCfg6DofSingularity::create(keptSpace(), 1u, 0.1, 2.0, 0.3)),
     SAMPLE(CorvValidatorCfgBounds, CorvValidatorCfgBounds::create(keptSpace())),
     SAMPLE(CorvValidatorCfgComposite, CorvValidatorCfgComposite::create(keptSpace())),
     SAMPLE(CorvValidatorCfgLock, CorvValidatorCfgLock::create(keptSpace())),
