@@ -90,6 +90,7 @@ std::string lumReplaceFile(const std::string& i_path, const std::string& i_text)
 {
   std::error_code error;
   const bool isLink = std::filesystem::is_symlink(i_path, error);
+  error.clear(); // there may be no such file yet
   const std::string path = isLink ? std::filesystem::weakly_canonical(i_path, error).string() : i_path;
   struct stat old;
   const bool isThere = ::stat(path.c_str(), &old) == 0;
