@@ -12,6 +12,8 @@ class LUM_API CorvPathVisitor : public ClumObject
 public:
   ~CorvPathVisitor() override;
 
+  virtual void beginHybridPath(const CorvHybridPathConstShPtr& i_path) = 0;
+  virtual void endHybridPath(const CorvHybridPathConstShPtr& i_path) = 0;
   virtual void beginPath(const CorvPathConstShPtr& i_path) = 0;
   virtual void endPath(const CorvPathConstShPtr& i_path) = 0;
   virtual void beginCompositeDirectPath(const CorvDirectPathConstShPtr& i_directPath) = 0;
@@ -21,6 +23,7 @@ public:
   virtual void reachConfiguration(const CorvConfig& i_cfg) = 0;
   virtual void executeDirectPath(const CorvDirectPathConstShPtr& i_directPath) = 0;
   virtual void executeLinearDirectPath(const CorvDirectPathConstShPtr& i_directPath) = 0;
+  virtual void executeSlerpDirectPath(const CorvDPSolidMotionConstShPtr& i_directPath) = 0;
 
 protected:
   CorvPathVisitor() = default;

@@ -10,6 +10,8 @@ class PathRecorder : public CorvPathVisitor
 {
 public:
   static ShPtr<PathRecorder> create() { return ShPtr<PathRecorder>(new PathRecorder); }
+  void beginHybridPath(const CorvHybridPathConstShPtr&) override { told += "{"; }
+  void endHybridPath(const CorvHybridPathConstShPtr&) override { told += "}"; }
   void beginPath(const CorvPathConstShPtr&) override { told += "("; }
   void endPath(const CorvPathConstShPtr&) override { told += ")"; }
   void beginCompositeDirectPath(const CorvDirectPathConstShPtr&) override { told += "["; }
@@ -23,6 +25,8 @@ public:
     told += "-";
     executed.push_back(i_path);
   }
+
+  void executeSlerpDirectPath(const CorvDPSolidMotionConstShPtr&) override { told += "~"; }
 
   std::string told;
   std::vector<CorvDirectPathConstShPtr> executed;

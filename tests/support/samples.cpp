@@ -42,7 +42,9 @@
 #include "kinematics/orvJointRotation.h"
 #include "kinematics/orvJointTranslation.h"
 #include "kinematics/orvKEAnchor.h"
+#include "kinematics/orvKEEuclideanPath.h"
 #include "kinematics/orvKEFreeFlyer.h"
+#include "kinematics/orvKEPath.h"
 #include "kinematics/orvKEPlan.h"
 #include "kinematics/orvKERotate.h"
 #include "kinematics/orvKERotateTaitBryant.h"
@@ -71,14 +73,24 @@
 #include "optimizers/orvRandomOptimizer.h"
 #include "optimizers/orvShortcutDirect.h"
 #include "paths/orvDPComposite.h"
+#include "paths/orvDPDubins.h"
 #include "paths/orvDPLinear.h"
+#include "paths/orvDPReedsNShepp.h"
 #include "paths/orvDPRestriction.h"
+#include "paths/orvDPSlerp.h"
+#include "paths/orvDPTrapezoidal.h"
+#include "paths/orvHybridPath.h"
 #include "paths/orvPath.h"
 #include "paths/orvSMComposite.h"
+#include "paths/orvSMDubins.h"
 #include "paths/orvSMLinear.h"
 #include "paths/orvSMLinearWithDiscreteEnds.h"
 #include "paths/orvSMManhattan.h"
+#include "paths/orvSMReedsNShepp.h"
 #include "paths/orvSMSequence.h"
+#include "paths/orvSMSlerp.h"
+#include "paths/orvSMTrapezoidal.h"
+#include "paths/orvTrajectoryTrapezoidal.h"
 #include "planners/orvBuilderPlanner.h"
 #include "planners/orvIdentityPlanner.h"
 #include "planners/orvPlannerOperation.h"
@@ -187,6 +199,45 @@ CorvPointManifoldShPtr samplePointManifold()
   const CorvConfigSpaceShPtr space = sampleSpace();
   return CorvPointManifold::create(CorvConfig(space, {3.0, 4.0}), space);
 }
+
+/// A car of three dofs, steered by the method of a kind.
+template <class METHOD>
+CorvDirectPathShPtr sampleCurve()
+{
+  const CorvConfigSpaceShPtr space = CorvKEPlan::create()->configSpace();
+  return METHOD::create(0.5, space->dof(0), space->dof(1), space->dof(2))
+    ->makeDirectPath(CorvConfig(space, {0.0, 0.0, 0.0}), CorvConfig(space, {2.0, 1.0, 1.5}));
+}
+
+CorvDirectPathShPtr sampleSlerp()
+{
+  const CorvConfigSpaceShPtr space = CorvKEFreeFlyer::create()->configSpace();
+  return CorvSMSlerp::create()->makeDirectPath(CorvConfig(space, {0.0, 0.0, 0.0, 0.1, 0.2, 0.3}),
+                                               CorvConfig(space, {1.0, 2.0, 0.0, 1.0, -0.5, 0.7}));
+}
+
+CorvDirectPathShPtr sampleTrapezoid()
+{
+  const CorvConfigSpaceShPtr space = sampleSpace();
+  return CorvSMTrapezoidal::create({1.0, 1.0}, {2.0, 2.0})
+    ->makeDirectPath(CorvConfig(space, {0.0, 1.0}), CorvConfig(space, {2.0, -1.0}));
+}
+
+CorvHybridPathShPtr sampleHybridPath()
+{
+  const CorvPathShPtr path = CorvPath::createWithDirectPath(sampleDirectPath());
+  const CorvHybridPathShPtr hybrid = CorvHybridPath::create(path->configSpace());
+  hybrid->appendPath(path);
+  return hybrid;
+}
+
+std::vector<ClumMat4> sampleFrames()
+{
+  ClumMat4 second, third;
+  second.translate(1.0, 0.0, 0.0);
+  third.rotate(0.0, 0.0, 1.0, 1.0);
+  return {ClumMat4(), second, third};
+}
 } // namespace
 
 CorvConfigSpaceShPtr sampleSpace()
@@ -243,14 +294,19 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvConstraintDofLock, CorvConstraintDofLock::create(keptSpace()->dof(0), 0.5)),
     SAMPLE(CorvConstraintLock, CorvConstraintLock::create(keptSpace())),
     SAMPLE(CorvDPComposite, sampleCompositeDirectPath()),
+    SAMPLE(CorvDPDubins, sampleCurve<CorvSMDubins>()),
     SAMPLE(CorvDPLinear, sampleDirectPath()),
     SAMPLE(CorvDPManhattan, sampleManhattanDirectPath()),
+    SAMPLE(CorvDPReedsNShepp, sampleCurve<CorvSMReedsNShepp>()),
     SAMPLE(CorvDPRestriction, sampleRestriction()),
     SAMPLE(CorvDPSequence, sampleSequenceDirectPath()),
+    SAMPLE(CorvDPSlerp, sampleSlerp()),
+    SAMPLE(CorvDPTrapezoidal, sampleTrapezoid()),
     SAMPLE(CorvDevice, sampleDevice()),
     SAMPLE(CorvDof, CorvDof::create(true)),
     SAMPLE(CorvEdgeFactory, CorvEdgeFactory::create()),
     SAMPLE(CorvExtendDirect, CorvExtendDirect::create()),
+    SAMPLE(CorvHybridPath, sampleHybridPath()),
     SAMPLE(CorvIdentityPlanner, CorvIdentityPlanner::create()),
     SAMPLE(CorvInjectionBuilder, CorvInjectionBuilder::create(keptRoadmap())),
     SAMPLE(CorvJoint, CorvJoint::create(CorvKEPlan::create(), ClumMat4())),
@@ -262,7 +318,10 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvJointRotation, CorvJointRotation::create(ClumMat4(), ClumMat4::Y_AXIS)),
     SAMPLE(CorvJointTranslation, CorvJointTranslation::create(ClumMat4(), ClumMat4::Z_AXIS)),
     SAMPLE(CorvKEAnchor, CorvKEAnchor::create()),
+    SAMPLE(CorvKEEuclideanPath, CorvKEEuclideanPath::create(sampleFrames())),
     SAMPLE(CorvKEFreeFlyer, CorvKEFreeFlyer::create()),
+    SAMPLE(CorvKEPath, CorvKEPath::create(CorvPath::createWithDirectPath(sampleDirectPath()), CorvJointConstShPtr(), CorvDeviceConstShPtr())),
+    SAMPLE(CorvKEPathMetric, CorvKEPathMetric::create(2.0)),
     SAMPLE(CorvKEPlan, CorvKEPlan::create()),
     SAMPLE(CorvKERotateInverseX, CorvKERotateInverseX::create()),
     SAMPLE(CorvKERotateInverseY, CorvKERotateInverseY::create()),
@@ -312,14 +371,19 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvReportCollision, CorvReportCollision::create()),
     SAMPLE(CorvReportPathCollision, CorvReportPathCollision::create()),
     SAMPLE(CorvSMComposite, CorvSMComposite::create()),
+    SAMPLE(CorvSMDubins, CorvSMDubins::create(1.0, CorvDof::create(false), CorvDof::create(false), CorvDof::create(true))),
     SAMPLE(CorvSMLinear, CorvSMLinear::create(true)),
     SAMPLE(CorvSMLinearWithDiscreteEnds, CorvSMLinearWithDiscreteEnds::create(0.5, 0.25)),
     SAMPLE(CorvSMManhattan, CorvSMManhattan::create()),
+    SAMPLE(CorvSMReedsNShepp, CorvSMReedsNShepp::create(1.0, CorvDof::create(false), CorvDof::create(false), CorvDof::create(true))),
     SAMPLE(CorvSMSequence, CorvSMSequence::create()),
+    SAMPLE(CorvSMSlerp, CorvSMSlerp::create()),
+    SAMPLE(CorvSMTrapezoidal, CorvSMTrapezoidal::create({1.0}, {2.0})),
     SAMPLE(CorvSamplingBuilder, CorvSamplingBuilder::create(keptRoadmap())),
     SAMPLE(CorvShooterConfigSpace, CorvShooterConfigSpace::create()),
     SAMPLE(CorvShooterRoadmapBox, CorvShooterRoadmapBox::create()),
     SAMPLE(CorvShortcutDirect, CorvShortcutDirect::create()),
+    SAMPLE(CorvTrajectoryTrapezoidal, CorvTrajectoryTrapezoidal::create(CorvPath::createWithDirectPath(sampleTrapezoid()))),
     SAMPLE(CorvValidationReport, CorvValidationReport::create()),
     SAMPLE(CorvValidatorCfg6DofSingularity, CorvValidatorCfg6DofSingularity::create(keptSpace(), 1u, 0.1, 2.0, 0.3)),
     SAMPLE(CorvValidatorCfgBounds, CorvValidatorCfgBounds::create(keptSpace())),
