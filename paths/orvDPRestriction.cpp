@@ -77,6 +77,20 @@ void CorvDPRestriction::maxAbsoluteDerivative(double, double, std::vector<double
   o_derivatives.assign(m_restrictionSpace->size(), std::numeric_limits<double>::infinity());
 }
 
+lmStatus CorvDPRestriction::convert(const CorvConfigSpaceShPtr& i_space)
+{
+  privateLength(); // of the wrapped path as it is: the base takes it for the length before
+  const CorvConfigSpaceShPtr whole = m_directPath->configSpace();
+  const CorvDirectPathShPtr converted = i_space && whole->includes(i_space)
+                                          ? CorvDirectPath::createByConvertingToSpace(m_directPath, whole)
+                                          : CorvDirectPathShPtr();
+  if (!converted)
+    return lmStatus(lmStatus::FAILURE);
+  m_directPath = converted;
+  m_restrictionSpace = i_space;
+  return CorvDirectPath::convert(i_space);
+}
+
 void CorvDPRestriction::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   CorvDirectPath::encodeWithCoder(i_coder);
@@ -91,5 +105,5 @@ lmStatus CorvDPRestriction::initWithCoder(const ClumCoderShPtr& i_coder, const C
     return status;
   m_directPath = i_coder->decode<CorvDirectPath>("directPath");
   m_restrictionSpace = i_coder->decode<CorvConfigSpace>("restrictionSpace");
-  return lmStatus();
+  return m_directPath && m_restrictionSpace ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

@@ -49,16 +49,22 @@ LUM_STATUS_CODE(CorvPath, EMPTY_PATH_ERROR, 20808, "The path doesn't have any co
 LUM_STATUS_CODE(CorvPath, DIRECT_PATH_ALREADY_EXIST_ERROR, 20809,
                 "There's already at least a direct path in the path.");
 
-/// The content that a path is to get, and how the change is announced.
+/// How a change is announced.
+struct CorvPath::CNotice
+{
+  bool isCountAnnounced = true;
+  ECollectionChangeAction action = COLLECTION_CHANGE;
+  int directPathIndex = -1;
+  int configurationIndex = -1;
+};
+
+/// The content that a path is to get.
 struct CorvPath::CEdit
 {
   TDirectPaths directPaths;
   CorvConfig initialCfg;
   bool hasInitialCfg = false;
-  bool isCountAnnounced = true;
-  ECollectionChangeAction action = COLLECTION_CHANGE;
-  int directPathIndex = -1;
-  int configurationIndex = -1;
+  CNotice notice;
 };
 
 CorvPath::CorvPath(const CorvConfigSpaceShPtr& i_cfgSpace) : m_configSpace(i_cfgSpace)
@@ -193,26 +199,37 @@ CorvPath::CEdit CorvPath::makeEdit(TDirectPaths&& io_directPaths, const CorvConf
   return edit;
 }
 
-/// The one place where the content of a path changes. The old content is left in the edit.
-void CorvPath::exchange(CEdit& io_edit)
+/// Everything that changes the content goes through here: the change is announced, made, announced.
+template <class CHANGE>
+void CorvPath::changeContent(const CNotice& i_notice, unsigned int i_newCount, const CHANGE& i_change)
 {
   const unsigned int oldCount = countConfigurations();
-  const unsigned int newCount = io_edit.directPaths.empty() ? (io_edit.hasInitialCfg ? 1 : 0)
-                                                            : static_cast<unsigned int>(io_edit.directPaths.size()) + 1;
   notifyPropertyWillChange("length");
-  if (io_edit.isCountAnnounced)
-    notifyCount(WILL_CHANGE_CONFIGURATION_COUNT, NEW_COUNT_KEY, newCount, io_edit.configurationIndex);
-  notifyCollectionWillChange("directPaths", io_edit.action, io_edit.directPathIndex);
-  m_directPaths.swap(io_edit.directPaths);
-  std::swap(m_initialCfg, io_edit.initialCfg);
-  std::swap(m_hasInitialCfg, io_edit.hasInitialCfg);
+  if (i_notice.isCountAnnounced)
+    notifyCount(WILL_CHANGE_CONFIGURATION_COUNT, NEW_COUNT_KEY, i_newCount, i_notice.configurationIndex);
+  notifyCollectionWillChange("directPaths", i_notice.action, i_notice.directPathIndex);
+  i_change();
   // The findings on the path as a whole are void; those on the direct paths go with these, which are shared.
   clearReports();
-  notifyCollectionDidChange("directPaths", io_edit.action, io_edit.directPathIndex);
-  if (io_edit.isCountAnnounced)
-    notifyCount(DID_CHANGE_CONFIGURATION_COUNT, OLD_COUNT_KEY, oldCount, io_edit.configurationIndex);
+  notifyCollectionDidChange("directPaths", i_notice.action, i_notice.directPathIndex);
+  if (i_notice.isCountAnnounced)
+    notifyCount(DID_CHANGE_CONFIGURATION_COUNT, OLD_COUNT_KEY, oldCount, i_notice.configurationIndex);
   notifyPropertyDidChange("length");
   notify(DID_CHANGE);
+}
+
+/// The old content is left in the edit.
+void CorvPath::exchange(CEdit& io_edit)
+{
+  const unsigned int newCount = io_edit.directPaths.empty() ? (io_edit.hasInitialCfg ? 1 : 0)
+                                                            : static_cast<unsigned int>(io_edit.directPaths.size()) + 1;
+  changeContent(io_edit.notice, newCount,
+                [&]
+                {
+                  m_directPaths.swap(io_edit.directPaths);
+                  std::swap(m_initialCfg, io_edit.initialCfg);
+                  std::swap(m_hasInitialCfg, io_edit.hasInitialCfg);
+                });
 }
 
 lmStatus CorvPath::setInitialConfig(const CorvConfig& i_cfg)
@@ -223,6 +240,7 @@ lmStatus CorvPath::setInitialConfig(const CorvConfig& i_cfg)
     return lmStatus(INCONSISTENT_CONFIG_SPACE_ERROR);
   m_initialCfg = i_cfg;
   m_hasInitialCfg = true;
+  clearReports();
   notify(DID_CHANGE);
   return lmStatus();
 }
@@ -255,13 +273,18 @@ lmStatus CorvPath::appendDirectPath(const CorvDirectPathConstShPtr& i_directPath
   const unsigned int count = countConfigurations();
   if (count > 0 && !configuration(count - 1).isEquivalent(i_directPath->startConfiguration()))
     return lmStatus(lmStatus::FAILURE);
-  TDirectPaths directPaths = m_directPaths;
-  directPaths.push_back(i_directPath);
-  CEdit edit = makeEdit(std::move(directPaths), m_initialCfg);
-  edit.action = COLLECTION_INSERTION;
-  edit.directPathIndex = static_cast<int>(m_directPaths.size());
-  edit.configurationIndex = count > 0 ? static_cast<int>(count) : -1;
-  exchange(edit);
+  CNotice notice;
+  notice.action = COLLECTION_INSERTION;
+  notice.directPathIndex = static_cast<int>(m_directPaths.size());
+  notice.configurationIndex = count > 0 ? static_cast<int>(count) : -1;
+  changeContent(notice, countDirectPaths() + 2,
+                [&]
+                {
+                  if (m_directPaths.empty())
+                    m_initialCfg = i_directPath->startConfiguration();
+                  m_hasInitialCfg = true;
+                  m_directPaths.push_back(i_directPath);
+                });
   return lmStatus();
 }
 
@@ -312,19 +335,22 @@ CorvDirectPathConstShPtr CorvPath::directPath(unsigned int i_rank) const
 
 CorvDirectPathConstShPtr CorvPath::directPathAtDistance(double& io_distance, unsigned int& o_rank) const
 {
-  if (!(io_distance > 0.0))
-    io_distance = 0.0;
+  const double distance = io_distance > 0.0 ? io_distance : 0.0;
+  io_distance = 0.0;
   if (m_directPaths.empty())
-  {
-    io_distance = 0.0;
     return CorvDirectPathConstShPtr();
-  }
+  // The sums are those of `length()`: a junction, and the end, are met exactly.
+  double passed = 0.0;
   for (o_rank = 0; o_rank < m_directPaths.size(); ++o_rank)
   {
     const double directPathLength = m_directPaths[o_rank]->length();
-    if (io_distance <= directPathLength)
+    const double next = passed + directPathLength;
+    if (distance <= next)
+    {
+      io_distance = distance == next ? directPathLength : std::min(distance - passed, directPathLength);
       return m_directPaths[o_rank];
-    io_distance -= directPathLength;
+    }
+    passed = next;
   }
   --o_rank;
   io_distance = m_directPaths[o_rank]->length();
@@ -373,7 +399,7 @@ lmStatus CorvPath::setConfiguration(unsigned int i_rank, const CorvConfig& i_cfg
   if (i_rank < m_directPaths.size() && !remake(i_rank, i_cfg, configuration(i_rank + 1)))
     return lmStatus(lmStatus::FAILURE);
   CEdit edit = makeEdit(std::move(directPaths), i_cfg);
-  edit.isCountAnnounced = false;
+  edit.notice.isCountAnnounced = false;
   exchange(edit);
   return lmStatus();
 }
@@ -472,7 +498,8 @@ lmStatus CorvPath::makeTail(double i_from, const CorvConfig& i_junction, TDirect
     io_directPaths.push_back(cut);
   else if (const CorvDirectPathShPtr piece = CorvDirectPath::createByExtractingFrom(cut, local))
     io_directPaths.push_back(piece);
-  io_directPaths.insert(io_directPaths.end(), m_directPaths.begin() + rank + 1, m_directPaths.end());
+  if (cut)
+    io_directPaths.insert(io_directPaths.end(), m_directPaths.begin() + rank + 1, m_directPaths.end());
   const CorvConfig& start = io_directPaths.size() == before ? configuration(countConfigurations() - 1)
                                                             : io_directPaths[before]->startConfiguration();
   return start.isEquivalent(i_junction) ? lmStatus() : lmStatus(NON_EQUIVALENT_CONFIGS_ERROR);
@@ -595,23 +622,36 @@ lmStatus CorvPath::extractFrom(double i_from)
     notify(DID_CHANGE);
     return lmStatus();
   }
+  // A cut at the start itself moves nothing: short motions at the start stay.
   TDirectPaths directPaths;
-  double rest = i_from;
-  for (const CorvDirectPathConstShPtr& directPath : m_directPaths)
-  {
-    const double directPathLength = directPath->length();
-    if (!directPaths.empty() || rest <= 0.0)
-      directPaths.push_back(directPath);
-    else if (rest < directPathLength)
-    {
-      if (const CorvDirectPathShPtr piece = CorvDirectPath::createByExtractingFrom(directPath, rest))
-        directPaths.push_back(piece);
-    }
-    rest -= directPathLength;
-  }
+  if (!(i_from > 0.0))
+    directPaths = m_directPaths;
+  else
+    makeRest(i_from, directPaths);
   CEdit edit = makeEdit(std::move(directPaths), configuration(countConfigurations() - 1));
   exchange(edit);
   return lmStatus();
+}
+
+/// What lies after a distance within the path; empty where nothing does.
+void CorvPath::makeRest(double i_from, TDirectPaths& o_directPaths) const
+{
+  double passed = 0.0;
+  for (const CorvDirectPathConstShPtr& directPath : m_directPaths)
+  {
+    const double next = passed + directPath->length();
+    if (!o_directPaths.empty() || passed > i_from)
+      o_directPaths.push_back(directPath);
+    else if (i_from < next)
+    {
+      const double local = i_from - passed;
+      const CorvDirectPathConstShPtr piece =
+        local > 0.0 ? CorvDirectPath::createByExtractingFrom(directPath, local) : directPath;
+      if (piece)
+        o_directPaths.push_back(piece);
+    }
+    passed = next;
+  }
 }
 
 lmStatus CorvPath::extractTo(double i_to)
@@ -624,20 +664,18 @@ lmStatus CorvPath::extractTo(double i_to)
     return lmStatus();
   }
   TDirectPaths directPaths;
-  // A cut at the end itself moves nothing, however the sum of the lengths is rounded.
-  const bool isWhole = i_to >= length();
-  double rest = i_to;
+  double passed = 0.0;
   for (const CorvDirectPathConstShPtr& directPath : m_directPaths)
   {
-    const double directPathLength = directPath->length();
-    if (!isWhole && rest < directPathLength)
+    const double next = passed + directPath->length();
+    if (i_to < next)
     {
-      if (const CorvDirectPathShPtr piece = CorvDirectPath::createByExtractingTo(directPath, rest))
+      if (const CorvDirectPathShPtr piece = CorvDirectPath::createByExtractingTo(directPath, i_to - passed))
         directPaths.push_back(piece);
       break;
     }
     directPaths.push_back(directPath);
-    rest -= directPathLength;
+    passed = next;
   }
   CEdit edit = makeEdit(std::move(directPaths), configuration(0));
   exchange(edit);
@@ -664,7 +702,8 @@ lmStatus CorvPath::extract(double i_from, double i_to)
   }
   const bool reachesEnd = to >= whole;
   const double localTo = reachesEnd ? directPath->length() : local + to - from;
-  if (reachesEnd ? rank + 1 == m_directPaths.size() : localTo <= directPath->length())
+  const bool isWithinOne = reachesEnd ? rank + 1 == m_directPaths.size() : localTo <= directPath->length();
+  if (isWithinOne && from <= whole)
   {
     TDirectPaths directPaths(1, CorvDirectPath::createByExtracting(directPath, local, localTo));
     if (!directPaths[0])
@@ -691,7 +730,7 @@ lmStatus CorvPath::reverse()
   }
   CEdit edit = makeEdit(std::move(directPaths), m_initialCfg);
   edit.hasInitialCfg = !isEmpty();
-  edit.isCountAnnounced = false;
+  edit.notice.isCountAnnounced = false;
   exchange(edit);
   return lmStatus();
 }
@@ -717,7 +756,7 @@ lmStatus CorvPath::convert(const CorvConfigSpaceShPtr& i_space)
   m_configSpace = i_space;
   CEdit edit = makeEdit(std::move(directPaths), m_hasInitialCfg ? initialCfg : CorvConfig(i_space));
   edit.hasInitialCfg = !isEmpty();
-  edit.isCountAnnounced = false;
+  edit.notice.isCountAnnounced = false;
   exchange(edit);
   if (isOtherDevice)
     notifyPropertyDidChange("device");
@@ -801,5 +840,8 @@ lmStatus CorvPath::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodabl
   i_coder->decodeObjects("m_directPaths", directPaths);
   m_directPaths.assign(directPaths.begin(), directPaths.end());
   m_hasInitialCfg = i_coder->decodeBool("m_hasInitialCfg");
-  return lmStatus();
+  const bool isUsable = std::all_of(m_directPaths.begin(), m_directPaths.end(),
+                                    [&](const CorvDirectPathConstShPtr& i_directPath)
+                                    { return i_directPath && i_directPath->configSpace() == m_configSpace; });
+  return m_configSpace && isUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

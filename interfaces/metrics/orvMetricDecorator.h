@@ -41,6 +41,9 @@ protected:
   bool isScaledCircularBy(double i_scale, double& o_scale) const;
 
 private:
+  /// True if the metric is this one or, however deep, decorates it.
+  bool isDecoratedBy(const CorvMetricShPtr& i_metric) const;
+
   std::string m_decoratorType;
   CorvMetricShPtr m_decoratedMetric;
 };

@@ -30,6 +30,7 @@ public:
   void randomStep(const CorvConfig& i_from, double i_step, CorvConfig& o_config) const override;
   bool isScaledAbsolute(double& o_scale) const override;
   bool isScaledCircular(double& o_scale) const override;
+  bool operator==(const CorvMetric& i_other) const override;
 
   /// Gives the joint to the joint sweeps among the metrics of its space and of the sub-spaces.
   static void repairJoint(const CorvJointShPtr& i_joint);

@@ -19,6 +19,8 @@ public:
 
   /// Not to be called: raises an assertion, and answers infinite rates.
   void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
+  /// Only to a space that lies in the wrapped path's, which is converted too.
+  lmStatus convert(const CorvConfigSpaceShPtr& i_space) override;
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;

@@ -134,14 +134,18 @@ protected:
 
 private:
   using TDirectPaths = std::vector<CorvDirectPathConstShPtr>;
+  struct CNotice;
   struct CEdit;
 
+  template <class CHANGE>
+  void changeContent(const CNotice& i_notice, unsigned int i_newCount, const CHANGE& i_change);
   CEdit makeEdit(TDirectPaths&& io_directPaths, const CorvConfig& i_ifNoneLeft) const;
   void exchange(CEdit& io_edit);
   void notifyCount(unsigned int i_id, const std::string& i_key, unsigned int i_count, int i_index) const;
   lmStatus checkReplacement(const CorvPathConstShPtr& i_path) const;
   lmStatus makeHead(double i_to, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
   lmStatus makeTail(double i_from, const CorvConfig& i_junction, TDirectPaths& io_directPaths) const;
+  void makeRest(double i_from, TDirectPaths& o_directPaths) const;
 
   CorvConfigSpaceShPtr m_configSpace;
   CorvConfig m_initialCfg;
