@@ -3,7 +3,6 @@
 #include "foundation/lumAssert.h"
 #include "foundation/lumGeometryUtilities.h"
 #include "kinematics/orvConfigSpace.h"
-#include "kinematics/orvDof.h"
 #include "metrics/orvMetric.h"
 #include "metrics/orvMetricRevolute.h"
 #include "paths/orvDirectPath.h"
@@ -36,18 +35,6 @@ double lengthOfEdge(const CorvEdge& i_edge)
   return i_edge.directPath()->length();
 }
 
-/// For each dof, whether it is an angle on a circle.
-std::vector<bool> anglesOnCircle(const CorvConfigSpace& i_space)
-{
-  std::vector<bool> areAngles;
-  for (unsigned int i = 0; i < i_space.size(); ++i)
-  {
-    const CorvDofShPtr dof = i_space.dof(i);
-    areAngles.push_back(dof->isRevolute() && !dof->isBounded());
-  }
-  return areAngles;
-}
-
 using TInterval = std::pair<double, double>;
 
 /// Widens an interval of angles to hold one more. An interval wider than half the circle becomes the whole one.
@@ -63,9 +50,14 @@ void widenOnCircle(TInterval& io_interval, double i_value)
     io_interval = TInterval(-ClumGeometryUtilities::PI, ClumGeometryUtilities::PI);
 }
 
-void widenInterval(TInterval& io_interval, const TInterval& i_other, bool i_isOnCircle)
+/// @param i_rank of the dof in its space.
+void widenInterval(TInterval& io_interval, const TInterval& i_other, const CorvConfigSpace& i_space,
+                   unsigned int i_rank)
 {
-  if (!i_isOnCircle)
+  // What lies inside widens nothing, on a circle neither.
+  if (io_interval.first <= i_other.first && i_other.second <= io_interval.second)
+    return;
+  if (!i_space.isDofCircular(i_rank))
   {
     io_interval.first = std::min(io_interval.first, i_other.first);
     io_interval.second = std::max(io_interval.second, i_other.second);
@@ -87,9 +79,8 @@ bool uniteBox(CorvConnectedComponent::TBox& io_box, const CorvConnectedComponent
     io_box = i_other;
   else if (!i_other.empty() && io_box.size() != i_other.size())
     return false;
-  const std::vector<bool> areAngles = anglesOnCircle(i_space);
-  for (std::size_t i = 0; i < i_other.size(); ++i)
-    widenInterval(io_box[i], i_other[i], i < areAngles.size() && areAngles[i]);
+  for (unsigned int rank = 0; rank < i_other.size(); ++rank)
+    widenInterval(io_box[rank], i_other[rank], i_space, rank);
   return true;
 }
 
@@ -297,27 +288,27 @@ lmStatus CorvConnectedComponent::uniteBoxes(bool i_in, bool i_out, TBox& o_box) 
   return lmStatus();
 }
 
-void CorvConnectedComponent::updateBoundingBox(const CorvNode& i_node, const std::vector<bool>& i_areAngles)
+void CorvConnectedComponent::updateBoundingBox(const CorvNode& i_node)
 {
+  const CorvConfigSpace& space = *i_node.config().space();
   const double* values = i_node.config().beginPtr();
-  for (std::size_t i = 0; i < i_areAngles.size(); ++i)
+  const unsigned int count = values ? space.size() : 0;
+  m_box.reserve(count);
+  for (unsigned int rank = 0; rank < count; ++rank)
   {
-    const TInterval point(values[i], values[i]);
-    if (i >= m_box.size())
+    const TInterval point(values[rank], values[rank]);
+    if (rank >= m_box.size())
       m_box.push_back(point);
     else
-      widenInterval(m_box[i], point, i_areAngles[i]);
+      widenInterval(m_box[rank], point, space, rank);
   }
 }
 
 void CorvConnectedComponent::recomputeBoundingBox()
 {
   m_box.clear();
-  if (m_nodes.empty())
-    return;
-  const std::vector<bool> areAngles = anglesOnCircle(*m_nodes.front()->config().space());
   for (const CorvNodeShPtr& node : m_nodes)
-    updateBoundingBox(*node, areAngles);
+    updateBoundingBox(*node);
 }
 
 double CorvConnectedComponent::reachingLength() const
@@ -701,7 +692,7 @@ void CorvConnectedComponent::addNode(const CorvNodeShPtr& i_node)
   i_node->connectedComponent(self());
   m_nodes.push_back(i_node);
   updateIndex(i_node);
-  updateBoundingBox(*i_node, anglesOnCircle(*i_node->config().space()));
+  updateBoundingBox(*i_node);
 }
 
 void CorvConnectedComponent::addIsolatedNode(const CorvNodeShPtr& i_connectedNode, const CorvNodeShPtr& i_isolatedNode,

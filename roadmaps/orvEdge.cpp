@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <set>
+#include <vector>
 
 LUM_DESCRIBE(CorvEdge)
 {
@@ -29,22 +30,50 @@ std::uint64_t nextEdgeSerial()
 
 using TBranchNodes = std::set<CorvNodeConstShPtr, CorvNode::CSerialLess>;
 
+/// An edge on the branch that is being followed.
+struct CBranchStep
+{
+  CorvNodeShPtr start;
+  CorvNodeShPtr end;
+  unsigned int limit;
+  unsigned int next;    ///< out-edge of the end to be followed next
+  unsigned int longest; ///< of those that were
+};
+
+/// Depth first, without recursion: branches may be long.
 unsigned int longestBranchOf(const CorvEdge& i_edge, TBranchNodes& io_nodes, unsigned int i_limit)
 {
-  const CorvNodeShPtr end = i_edge.endNode();
-  if (!end)
-    return 0;
-  if (!io_nodes.insert(end).second || i_limit == 1)
-    return 1;
-  unsigned int longest = 0;
-  const CorvNodeShPtr start = i_edge.startNode();
-  for (unsigned int i = 0; i < end->countOutEdges(); ++i)
+  std::vector<CBranchStep> way;
+  unsigned int length = 0; // of the branch that was just ended
+  const auto follow = [&](const CorvEdge& edge, unsigned int limit)
   {
-    const CorvEdgeShPtr& next = end->outEdge(i);
-    if (next->endNode() != start)
-      longest = std::max(longest, longestBranchOf(*next, io_nodes, i_limit == 0 ? 0 : i_limit - 1));
+    const CorvNodeShPtr end = edge.endNode();
+    const bool isEnd = !end || !io_nodes.insert(end).second || limit == 1;
+    if (isEnd)
+      length = end ? 1 : 0;
+    else
+      way.push_back({edge.startNode(), end, limit, 0, 0});
+    return isEnd;
+  };
+  bool isEnded = follow(i_edge, i_limit);
+  while (!way.empty())
+  {
+    CBranchStep& step = way.back();
+    if (isEnded)
+      step.longest = std::max(step.longest, length);
+    isEnded = false;
+    if (step.next < step.end->countOutEdges())
+    {
+      const CorvEdgeShPtr& edge = step.end->outEdge(step.next++);
+      if (edge->endNode() != step.start)
+        isEnded = follow(*edge, step.limit == 0 ? 0 : step.limit - 1);
+      continue;
+    }
+    length = step.longest + 1;
+    isEnded = true;
+    way.pop_back();
   }
-  return longest + 1;
+  return length;
 }
 } // namespace
 

@@ -31,10 +31,16 @@ std::size_t canonicalHashOf(const CorvConfig& i_config)
   return CorvConfig::canonical_hash()(i_config);
 }
 
+/// Most are equal to the bit, which is told faster.
+bool isSamePlace(const CorvConfig& i_a, const CorvConfig& i_b)
+{
+  return i_a == i_b || i_a.isEquivalent(i_b);
+}
+
 bool leadsBetween(const CorvDirectPath& i_directPath, const CorvNode& i_start, const CorvNode& i_end)
 {
-  return i_directPath.startConfiguration().isEquivalent(i_start.config()) &&
-         i_directPath.endConfiguration().isEquivalent(i_end.config());
+  return isSamePlace(i_directPath.startConfiguration(), i_start.config()) &&
+         isSamePlace(i_directPath.endConfiguration(), i_end.config());
 }
 
 lmStatus appendEdges(const CorvRoadmap::TEdgeList& i_edges, const CorvNode& i_start, CorvPathShPtr& io_path)
@@ -236,9 +242,12 @@ CorvNodeShPtr CorvRoadmap::nodeWithConfig(const CorvConfig& i_config) const
 
 CorvNodeShPtr CorvRoadmap::nodeWithEquivalentConfig(const CorvConfig& i_config) const
 {
-  if (i_config.space() != m_configSpace)
-    return CorvNodeShPtr();
-  const auto range = m_nodesByHash.equal_range(canonicalHashOf(i_config));
+  return i_config.space() == m_configSpace ? equivalentNode(i_config, canonicalHashOf(i_config)) : CorvNodeShPtr();
+}
+
+CorvNodeShPtr CorvRoadmap::equivalentNode(const CorvConfig& i_config, std::size_t i_hash) const
+{
+  const auto range = m_nodesByHash.equal_range(i_hash);
   for (auto it = range.first; it != range.second; ++it)
   {
     if (it->second->config().isEquivalent(i_config))
@@ -254,22 +263,24 @@ CorvNodeShPtr CorvRoadmap::nodeWithEquivalentConfig(const CorvConfig& i_config) 
 
 lmStatus CorvRoadmap::addNode(const CorvNodeShPtr& i_node)
 {
-  if (!i_node || i_node->roadmap() || i_node->config().space() != m_configSpace ||
-      nodeWithEquivalentConfig(i_node->config()))
+  if (!i_node || i_node->roadmap() || i_node->config().space() != m_configSpace)
     return lmStatus(-1);
-  insertNode(i_node);
+  const std::size_t hash = canonicalHashOf(i_node->config());
+  if (equivalentNode(i_node->config(), hash))
+    return lmStatus(-1);
+  insertNode(i_node, hash);
   notifyNode(DID_ADD_NODE, i_node);
   return lmStatus();
 }
 
-void CorvRoadmap::insertNode(const CorvNodeShPtr& i_node)
+void CorvRoadmap::insertNode(const CorvNodeShPtr& i_node, std::size_t i_hash)
 {
   const CorvConnectedComponentShPtr component = CorvConnectedComponent::create(self());
   i_node->roadmap(self());
   component->addNode(i_node);
   m_components.push_back(component);
   m_nodes.push(i_node);
-  m_nodesByHash.emplace(canonicalHashOf(i_node->config()), i_node);
+  m_nodesByHash.emplace(i_hash, i_node);
 }
 
 bool CorvRoadmap::canAddEdge(const CorvNodeShPtr& i_start, const CorvNodeShPtr& i_end,
@@ -489,7 +500,7 @@ void CorvRoadmap::rebuild(const CTouched& i_touched)
 {
   m_isRebuilding = true;
   for (const CorvNodeShPtr& node : i_touched.nodes)
-    insertNode(node);
+    insertNode(node, canonicalHashOf(node->config()));
   for (const auto& entry : i_touched.edges)
     insertEdge(entry.second.start, entry.second.end, entry.first);
   m_isRebuilding = false;

@@ -2,7 +2,7 @@
 
 #include "foundation/lumDescribe.h"
 #include "kinematics/orvConfig.h"
-#include "kinematics/orvDof.h"
+#include "kinematics/orvConfigSpace.h"
 #include "kinematics/orvUtility.h"
 #include "metrics/orvMetricRevolute.h"
 #include "roadmaps/orvConnectedComponent.h"
@@ -59,8 +59,7 @@ lmStatus CorvShooterRoadmapBox::shoot(const CorvNodeShPtr& i_node, EDiffusionNod
   for (unsigned int rank = 0; rank < m_box.size(); ++rank)
   {
     m_values[rank] = CorvUtility::random(m_box[rank].first, m_box[rank].second);
-    const CorvDofShPtr dof = space->dof(rank);
-    if (dof->isRevolute() && !dof->isBounded())
+    if (space->isDofCircular(rank))
       m_values[rank] = CorvMetricRevolute::limitAngle(m_values[rank]);
   }
   status = o_config.setDofValues(m_values);

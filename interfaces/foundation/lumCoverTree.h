@@ -229,14 +229,17 @@ private:
     addRecord(i_element, i_query, level);
   }
 
+  /// @param i_radius of the descendants; 0 if there are none, for no descendant lies at the place of its ancestor.
   void visit(const TQuery& i_query, unsigned int i_rank, DISTANCE i_radius, CBest& io_best) const
   {
     const DISTANCE squared = m_metric.squaredDistance(i_query, i_rank);
+    if (i_radius == 0 && squared > io_best.squared)
+      return;
     const DISTANCE distance = std::sqrt(squared);
     if (distance <= io_best.distance && isBetter(i_rank, squared, io_best))
       io_best = CBest{i_rank, squared, distance};
     const DISTANCE lower = distance - i_radius - SLACK * (distance + i_radius);
-    if (lower > io_best.distance || m_records[i_rank].children.empty())
+    if (i_radius == 0 || lower > io_best.distance)
       return;
     m_heap.push_back(CPending{lower, distance, i_rank});
     std::push_heap(m_heap.begin(), m_heap.end());

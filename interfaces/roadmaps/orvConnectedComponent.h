@@ -214,7 +214,7 @@ private:
   static void eraseLink(TLinks& io_links, const CorvConnectedComponent& i_component);
 
   lmStatus uniteBoxes(bool i_in, bool i_out, TBox& o_box) const;
-  void updateBoundingBox(const CorvNode& i_node, const std::vector<bool>& i_areAngles);
+  void updateBoundingBox(const CorvNode& i_node);
   void recomputeBoundingBox();
 
   CorvMetricConstShPtr spaceMetric() const;

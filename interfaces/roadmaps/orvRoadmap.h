@@ -9,6 +9,7 @@
 #include "roadmaps/orvNode.h"
 #include "validation/handles.h"
 
+#include <cstddef>
 #include <list>
 #include <set>
 #include <string>
@@ -131,7 +132,8 @@ private:
   class CSearch;
   struct CTouched;
 
-  void insertNode(const CorvNodeShPtr& i_node);
+  CorvNodeShPtr equivalentNode(const CorvConfig& i_config, std::size_t i_hash) const;
+  void insertNode(const CorvNodeShPtr& i_node, std::size_t i_hash);
   bool canAddEdge(const CorvNodeShPtr& i_start, const CorvNodeShPtr& i_end, const CorvEdgeShPtr& i_edge) const;
   void insertEdge(const CorvNodeShPtr& i_start, const CorvNodeShPtr& i_end, const CorvEdgeShPtr& i_edge);
   void updateConnectivity(const CorvEdgeShPtr& i_edge);
