@@ -82,12 +82,17 @@ lmStatus ClumCollectionAdapterGeometry::init(const ClumCollectionAdapterGeometry
   const ClumObjectShPtr object = m_object.lock();
   if (!object)
     return NULL_MEMBER_ERROR;
-  const ClumClassShPtr objectClass = object->classObject();
-  if (!objectClass->collectionNamed(m_collection) ||
-      (!hasOwnFrames() && !objectClass->collectionNamed(m_framesCollection)))
+  if (!areCollectionsOf(*object))
     return lmStatus::FAILURE;
   subscribe();
   return status;
+}
+
+bool ClumCollectionAdapterGeometry::areCollectionsOf(const ClumObject& i_object) const
+{
+  const ClumClassShPtr objectClass = i_object.classObject();
+  return objectClass->collectionNamed(m_collection) &&
+         (hasOwnFrames() || objectClass->collectionNamed(m_framesCollection));
 }
 
 void ClumCollectionAdapterGeometry::subscribe()
@@ -244,7 +249,8 @@ lmStatus ClumCollectionAdapterGeometry::initWithCoder(const ClumCoderShPtr& i_co
   m_scene = i_coder->decodeWeak<ClumScene>("scene");
   i_coder->decodeObjects("extracted", m_extracted);
   m_appliedPosition = i_coder->decodeMat4("appliedPosition");
-  return status;
+  const ClumObjectShPtr object = m_object.lock();
+  return !object || areCollectionsOf(*object) ? status : lmStatus(lmStatus::FAILURE);
 }
 
 void ClumCollectionAdapterGeometry::awake()

@@ -4,6 +4,8 @@
 #include "foundation/lumDescribe.h"
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 #include <set>
 
 LUM_DESCRIBE(ClumConvex)
@@ -112,6 +114,40 @@ private:
   std::vector<TConvexFace> m_faces;
   double m_size = 0.0;
 };
+
+/// True if the faces close a body without holes that turns outward nowhere by more than the slack: at each edge the
+/// corner beyond lies behind the face, and a closed surface that is convex everywhere at close is so as a whole.
+bool isConvexHull(const std::vector<ClumPoint3>& i_vertices, const std::vector<TConvexFace>& i_faces, double i_slack)
+{
+  std::map<std::pair<unsigned int, unsigned int>, unsigned int> corners; // beyond each edge, by its direction
+  std::vector<bool> isUsed(i_vertices.size(), false);
+  for (const TConvexFace& face : i_faces)
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      const bool isNew = face[k] < i_vertices.size() &&
+                         corners.emplace(std::make_pair(face[k], face[(k + 1) % 3]), face[(k + 2) % 3]).second;
+      if (!isNew)
+        return false;
+      isUsed[face[k]] = true;
+    }
+  for (const ClumPoint3& vertex : i_vertices)
+    if (!std::isfinite(vertex.x()) || !std::isfinite(vertex.y()) || !std::isfinite(vertex.z()))
+      return false;
+  for (const TConvexFace& face : i_faces)
+  {
+    const ClumPoint3& a = i_vertices[face[0]];
+    const ClumVect3 normal = ((i_vertices[face[1]] - a) * (i_vertices[face[2]] - a)).normalized();
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      const auto beyond = corners.find({face[(k + 1) % 3], face[k]});
+      if (beyond == corners.end() || !(normal.scalarProduct(i_vertices[beyond->second] - a) <= i_slack))
+        return false;
+    }
+  }
+  // Euler's formula for one body without a hole: V + F = E + 2, and 2E = 3F in a surface that is closed.
+  const bool isWhole = std::find(isUsed.begin(), isUsed.end(), false) == isUsed.end();
+  return isWhole && 2 * i_vertices.size() == i_faces.size() + 4;
+}
 } // namespace
 
 ClumConvex::ClumConvex() : m_hull(new CHull)
@@ -233,9 +269,8 @@ lmStatus ClumConvex::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
     hull->vertices.emplace_back(coordinates[i], coordinates[i + 1], coordinates[i + 2]);
   for (std::size_t i = 0; i + 2 < ranks.size(); i += 3)
     hull->triangles.push_back({ranks[i], ranks[i + 1], ranks[i + 2]});
-  const bool isSound =
-    !hull->triangles.empty() &&
-    std::all_of(ranks.begin(), ranks.end(), [&](unsigned int rank) { return rank < hull->vertices.size(); });
+  const bool isSound = coordinates.size() % 3 == 0 && ranks.size() % 3 == 0 && std::isfinite(hull->slack) &&
+                       hull->slack >= 0.0 && isConvexHull(hull->vertices, hull->triangles, hull->slack);
   if (!isSound)
     return lmStatus::FAILURE;
   m_hull = hull;

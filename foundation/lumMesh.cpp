@@ -226,5 +226,6 @@ lmStatus ClumMesh::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodabl
   if (solidity < ClumSweptTriangles::SOLID_IF_CLOSED || solidity > ClumSweptTriangles::SOLID)
     return lmStatus::FAILURE;
   m_data = makeData(vertices, triangles, static_cast<ESolidity>(solidity));
-  return m_data ? status : lmStatus(lmStatus::FAILURE);
+  const bool isWhole = coordinates.size() % 3 == 0 && ranks.size() % 3 == 0;
+  return m_data && isWhole ? status : lmStatus(lmStatus::FAILURE);
 }

@@ -482,6 +482,10 @@ const std::vector<ClumScene::CTestPair>& ClumScene::testPairs() const
 
 std::uint64_t ClumScene::version() const
 {
+  // Whatever counts has a stamp: as long as none was given, the sum of it all stands.
+  const std::uint64_t now = lumLatestStamp();
+  if (now == m_versionCheck)
+    return m_version;
   std::uint64_t latest = m_stamp;
   for (const ClumGeometryShPtr& geometry : m_geometries)
     latest = std::max(latest, geometry->stamp());
@@ -489,6 +493,8 @@ std::uint64_t ClumScene::version() const
     latest = std::max(latest, test.parameters->stamp());
   for (const ClumSceneShPtr& scene : m_subScenes)
     latest = std::max(latest, scene->version());
+  m_version = latest;
+  m_versionCheck = now;
   return latest;
 }
 
@@ -628,8 +634,13 @@ lmStatus ClumScene::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
   if (status.failed())
     return status;
   i_coder->decodeObjects("geometries", m_geometries);
-  i_coder->decodeObjects("subScenes", m_subScenes);
+  i_coder->decodeParts("subScenes", m_subScenes);
   m_parent = i_coder->decodeWeak<ClumScene>("parent");
+  if (isBelowItself())
+  {
+    m_parent.reset();
+    return SCENE_CYCLE_ERROR;
+  }
   i_coder->beginVectorDecoding("tests");
   while (i_coder->canContinueVectorDecoding())
   {
@@ -646,6 +657,14 @@ lmStatus ClumScene::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
   dropNull(m_subScenes);
   reindexTests();
   return status;
+}
+
+bool ClumScene::isBelowItself() const
+{
+  ClumSceneShPtr above = m_parent.lock();
+  while (above && above.get() != this)
+    above = above->m_parent.lock();
+  return static_cast<bool>(above);
 }
 
 void ClumScene::awake()

@@ -4,6 +4,8 @@
 #include "foundation/lumDescribe.h"
 #include "foundation/lumStamp.h"
 
+#include <cmath>
+
 LUM_DESCRIBE(ClumTestParameters)
 {
   i_class.creates("()", &Self::create);
@@ -110,5 +112,5 @@ lmStatus ClumTestParameters::initWithCoder(const ClumCoderShPtr& i_coder, const 
   m_tolerance = i_coder->decodeDouble("tolerance");
   m_precision = i_coder->decodeDouble("precision");
   m_penetration = i_coder->decodeDouble("penetration");
-  return status;
+  return std::isfinite(m_tolerance + m_precision + m_penetration) ? status : lmStatus(lmStatus::FAILURE);
 }

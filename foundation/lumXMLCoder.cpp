@@ -108,26 +108,29 @@ lmStatus ClumXMLCoder::decodingStatus() const
   return m_graph->isRefused ? lmStatus(REFUSED_OBJECT_ERROR) : m_parsingStatus;
 }
 
-void ClumXMLCoder::encodeAbsentPointer(bool i_isNull, const std::string& i_key)
+void ClumXMLCoder::encodeNullPointer(bool i_isNull, const std::string& i_key)
 {
   if (!i_isNull)
-    ClumLogManager::addWarning("A file keeps no pointers: '" + i_key + "' is left out.");
+  {
+    ClumLogManager::addError("A file keeps no pointers: '" + i_key + "' is left out.");
+    m_encodingStatus = UNCODABLE_OBJECT_ERROR;
+  }
   encodeObject(nullptr, i_key);
 }
 
 void ClumXMLCoder::encodePointer(void* i_pointer, const std::string& i_key)
 {
-  encodeAbsentPointer(!i_pointer, i_key);
+  encodeNullPointer(!i_pointer, i_key);
 }
 
 void ClumXMLCoder::encodeSharedPointer(const ShPtr<void>& i_pointer, const std::string& i_key)
 {
-  encodeAbsentPointer(!i_pointer, i_key);
+  encodeNullPointer(!i_pointer, i_key);
 }
 
 void ClumXMLCoder::encodeConstSharedPointer(const ShPtr<const void>& i_pointer, const std::string& i_key)
 {
-  encodeAbsentPointer(!i_pointer, i_key);
+  encodeNullPointer(!i_pointer, i_key);
 }
 
 void* ClumXMLCoder::decodePointer(const std::string& i_key)

@@ -197,9 +197,9 @@ private:
       if (!(isObject(node) ? readSpace(node, m_graph.objects[rank++].space, 0) : readEntry(node, m_graph.root, 0)))
         return false;
     std::size_t object = 0;
-    if (!lumHasCircleOfOwners(m_graph, object))
+    if (lumCheckOwners(m_graph, object, m_fault.reason))
       return true;
-    m_fault = {"the object owns itself over others", m_graph.objects[object].place};
+    m_fault.place = m_graph.objects[object].place;
     return false;
   }
 

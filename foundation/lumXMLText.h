@@ -25,5 +25,7 @@ bool lumReadXML(CCodedGraph& io_graph, CXMLFault& o_fault);
 /// and carriage return.
 bool lumIsXMLText(const char* i_text, std::size_t i_size);
 
-/// True if an object of the graph owns itself, over whatever others.
-bool lumHasCircleOfOwners(const CCodedGraph& i_graph, std::size_t& o_object);
+/// Tells whether ownership in a graph is as among live objects.
+/// @return false, with the object and the reason, if one owns itself over others, or if shared objects unfold to a tree
+/// far larger than the graph: whoever walked such a tree would not come to an end.
+bool lumCheckOwners(const CCodedGraph& i_graph, std::size_t& o_object, std::string& o_reason);

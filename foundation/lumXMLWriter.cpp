@@ -303,18 +303,6 @@ private:
   std::string m_error;
 };
 
-/// Appends the objects that the entries of a space own.
-void collectOwned(const CCodedSpace& i_space, std::vector<std::size_t>& io_owned)
-{
-  for (const CCodedEntry& entry : i_space.entries)
-    if (const auto* reference = std::get_if<CCodedReference>(&entry.value))
-    {
-      if (!reference->isWeak && reference->object != NO_OBJECT)
-        io_owned.push_back(reference->object);
-    }
-    else if (const auto* inner = std::get_if<std::unique_ptr<CCodedSpace>>(&entry.value))
-      collectOwned(**inner, io_owned);
-}
 } // namespace
 
 bool lumIsXMLText(const char* i_text, std::size_t i_size)
@@ -335,57 +323,12 @@ bool lumIsXMLText(const char* i_text, std::size_t i_size)
   return true;
 }
 
-// Depth first without recursion: an object that is met while it is still open closes a circle.
-bool lumHasCircleOfOwners(const CCodedGraph& i_graph, std::size_t& o_object)
-{
-  enum EMark : unsigned char
-  {
-    NEW,
-    OPEN,
-    DONE
-  };
-  struct CStep
-  {
-    std::size_t object;
-    std::vector<std::size_t> owned;
-  };
-  std::vector<EMark> marks(i_graph.objects.size(), NEW);
-  std::vector<CStep> steps;
-  const auto open = [&](std::size_t object)
-  {
-    marks[object] = OPEN;
-    steps.push_back({object, {}});
-    collectOwned(i_graph.objects[object].space, steps.back().owned);
-  };
-  for (std::size_t first = 0; first < marks.size(); ++first)
-  {
-    if (marks[first] == NEW)
-      open(first);
-    while (!steps.empty())
-    {
-      if (steps.back().owned.empty())
-      {
-        marks[steps.back().object] = DONE;
-        steps.pop_back();
-        continue;
-      }
-      o_object = steps.back().owned.back();
-      steps.back().owned.pop_back();
-      if (marks[o_object] == OPEN)
-        return true;
-      if (marks[o_object] == NEW)
-        open(o_object);
-    }
-  }
-  return false;
-}
-
 bool lumWriteXML(const CCodedGraph& i_graph, std::string& o_text, std::string& o_error)
 {
   std::size_t object = 0;
-  if (lumHasCircleOfOwners(i_graph, object))
+  if (!lumCheckOwners(i_graph, object, o_error))
   {
-    o_error = "an object of class " + i_graph.objects[object].classObject->name() + " owns itself over others";
+    o_error = i_graph.objects[object].classObject->name() + ": " + o_error;
     return false;
   }
   CXMLWriter writer(i_graph, o_text);

@@ -44,7 +44,7 @@ lmStatus CorvCSComposite::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   if (status.failed())
     return status;
   std::vector<CorvConfigSpaceShPtr> subspaces;
-  i_coder->decodeObjects("subspaces", subspaces);
+  i_coder->decodeParts("subspaces", subspaces);
   if (!orvSubspaceList::canHold(*this, subspaces))
     return -1;
   m_subspaces.swap(subspaces);

@@ -74,10 +74,14 @@ lmStatus CorvCSDeviceWrapper::initWithCoder(const ClumCoderShPtr& i_coder, const
   if (status.failed())
     return status;
   m_wrappedDevice = i_coder->decode<CorvDevice>("wrappedDevice");
-  return m_wrappedDevice ? lmStatus() : lmStatus(-1);
+  if (!m_wrappedDevice)
+    return -1;
+  m_internalSpace = m_wrappedDevice->internalConfigSpace();
+  wrappedSpace(m_internalSpace.get());
+  return m_internalSpace ? lmStatus() : lmStatus(-1);
 }
 
-// The device is complete only now.
+// The device is complete only now: what was asked of the wrapper before saw no dofs.
 void CorvCSDeviceWrapper::awake()
 {
   CorvConfigSpace::awake();
@@ -85,6 +89,7 @@ void CorvCSDeviceWrapper::awake()
     return;
   m_internalSpace = m_wrappedDevice->internalConfigSpace();
   wrappedSpace(m_internalSpace.get());
+  m_isCacheValid = m_isPassiveDataValid = m_isVersionRecorded = false;
   if (m_internalSpace)
     wrapDevice();
 }
@@ -101,8 +106,11 @@ unsigned int CorvCSDeviceWrapper::countSubspaces() const
 
 void CorvCSDeviceWrapper::steeringMethod(const CorvSteeringMethodShPtr& i_steeringMethod)
 {
-  if (m_internalSpace)
-    m_internalSpace->steeringMethod(i_steeringMethod);
+  if (!m_internalSpace || i_steeringMethod == m_internalSpace->steeringMethod())
+    return;
+  notifyPropertyWillChange("steeringMethod");
+  m_internalSpace->steeringMethod(i_steeringMethod);
+  notifyPropertyDidChange("steeringMethod");
 }
 
 const CorvSteeringMethodShPtr& CorvCSDeviceWrapper::steeringMethod() const

@@ -915,6 +915,18 @@ void CorvConfig::encodeValueWithCoder(ClumCoder& i_coder, const std::string& i_k
   i_coder.encodeDoubleVector(std::vector<double>(m_values.begin(), m_values.end()), i_key + "/dofValues");
 }
 
+bool CorvConfig::hasSoundValues() const
+{
+  const CorvConfigSpace* space = m_bottom.space.get();
+  if (!space)
+    return false;
+  const unsigned int version = m_spaceVersion & ~UNCHECKED;
+  if (space->hasSameDofsAtVersions(version, space->version()))
+    return space->size() == m_values.size();
+  std::vector<CorvDofWkPtr> dofs;
+  return space->getDofsAtVersion(version, dofs).succeeded() && dofs.size() == m_values.size();
+}
+
 std::string CorvConfig::textualDump() const
 {
   const ClumXMLCoderShPtr coder = ClumXMLCoder::create();

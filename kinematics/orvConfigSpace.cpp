@@ -104,6 +104,11 @@ lmStatus CorvConfigSpace::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
     return status;
   m_type = i_coder->decodeString("type");
   m_parent = i_coder->decodeWeak<CorvConfigSpace>("parent");
+  if (isInsideItself())
+  {
+    m_parent.reset();
+    return -1;
+  }
   m_device = i_coder->decodeWeak<CorvDevice>("device");
   m_joint = i_coder->decodeWeak<CorvJoint>("joint");
   m_steeringMethod = i_coder->decode<CorvSteeringMethod>("steeringMethod");
@@ -409,6 +414,14 @@ void CorvConfigSpace::parent(const CorvConfigSpaceShPtr& i_parent)
   m_parent = i_parent;
 }
 
+bool CorvConfigSpace::isInsideItself() const
+{
+  CorvConfigSpaceShPtr enclosing = m_parent.lock();
+  while (enclosing && enclosing.get() != this)
+    enclosing = enclosing->m_parent.lock();
+  return static_cast<bool>(enclosing);
+}
+
 CorvConfigSpaceShPtr CorvConfigSpace::root() const
 {
   CorvConfigSpaceShPtr top = self();
@@ -568,6 +581,9 @@ CorvConfigSpaceShPtr CorvConfigSpace::getSubspaceAtPosition(const std::vector<un
 
 void CorvConfigSpace::addGroup(const CorvConfigSpaceWkPtr& i_group)
 {
+  m_groups.erase(std::remove_if(m_groups.begin(), m_groups.end(),
+                                [](const CorvConfigSpaceWkPtr& i_entry) { return i_entry.expired(); }),
+                 m_groups.end());
   m_groups.push_back(i_group);
 }
 

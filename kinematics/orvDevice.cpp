@@ -1047,31 +1047,55 @@ bool CorvDevice::hasUnboundedDof(const CorvConfig& i_config) const
   return cache.hasUnboundedDof;
 }
 
+/// Checks a motion's start, length and rates, and finds this device's part of them. @return -1 where no bound is known.
+lmStatus CorvDevice::readMotion(const CorvConfig& i_from, double i_rest, const std::vector<double>& i_derivatives,
+                                const double*& o_values, const double*& o_rates) const
+{
+  unsigned int first = 0;
+  if (firstRankIn(i_from, first).failed() || i_derivatives.size() != i_from.size())
+    return lmStatus::FAILURE;
+  const double* values = i_from.beginPtr();
+  if (!values || !std::isfinite(i_rest) || i_rest < 0.0 || hasUnboundedDof(i_from))
+    return lmStatus::FAILURE;
+  const unsigned int count = static_cast<unsigned int>(m_cache->dofs.size());
+  o_values = values + first;
+  o_rates = i_derivatives.data() + first;
+  const bool areUsable = areUsableNumbers(o_values, count, false) && areUsableNumbers(o_rates, count, true);
+  return areUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
+}
+
 lmStatus CorvDevice::boundedMove(const CorvConfig& i_from, const CorvConfig& i_to, double i_rest,
                                  const std::vector<double>& i_derivatives, std::vector<double>& io_maxDistances,
                                  double& o_advance, bool& o_hitsEnd) const
 {
   const CCache& cache = updateCache();
-  unsigned int first = 0;
-  if (!i_to.space() || firstRankIn(i_from, first).failed() ||
-      &i_from.space()->unwrapped() != &i_to.space()->unwrapped())
-    return lmStatus::FAILURE;
-  const unsigned int count = static_cast<unsigned int>(cache.dofs.size());
-  const bool fits = i_derivatives.size() == i_from.size() && io_maxDistances.size() == cache.bodies.size();
-  const bool hasRest = std::isfinite(i_rest) && i_rest >= 0.0;
-  const double* values = i_from.beginPtr();
-  if (!fits || !hasRest || !values || hasUnboundedDof(i_from))
-    return lmStatus::FAILURE;
-  const double* rates = i_derivatives.data() + first;
-  if (!areUsableNumbers(values + first, count, false) || !areUsableNumbers(rates, count, true))
-    return lmStatus::FAILURE;
   const auto isNaN = [](double i_distance) { return std::isnan(i_distance); };
-  if (std::any_of(io_maxDistances.begin(), io_maxDistances.end(), isNaN))
+  const bool haveSameSpace =
+    i_from.space() && i_to.space() && &i_from.space()->unwrapped() == &i_to.space()->unwrapped();
+  if (!haveSameSpace || io_maxDistances.size() != cache.bodies.size() ||
+      std::any_of(io_maxDistances.begin(), io_maxDistances.end(), isNaN))
     return lmStatus::FAILURE;
-  const lmStatus status = cache.table->boundedMove(values + first, rates, i_rest, io_maxDistances.data(), o_advance);
+  const double* values = nullptr;
+  const double* rates = nullptr;
+  lmStatus status = readMotion(i_from, i_rest, i_derivatives, values, rates);
+  if (status.succeeded())
+    status = cache.table->boundedMove(values, rates, i_rest, io_maxDistances.data(), o_advance);
   if (status.succeeded())
     o_hitsEnd = o_advance == i_rest;
   return status;
+}
+
+lmStatus CorvDevice::boundDisplacements(const CorvConfig& i_from, double i_rest,
+                                        const std::vector<double>& i_derivatives, std::vector<double>& o_moved) const
+{
+  const CCache& cache = updateCache();
+  const double* values = nullptr;
+  const double* rates = nullptr;
+  const lmStatus status = readMotion(i_from, i_rest, i_derivatives, values, rates);
+  if (status.failed())
+    return status;
+  o_moved.resize(cache.bodies.size());
+  return cache.table->boundDisplacements(values, rates, i_rest, o_moved.data());
 }
 
 CorvConfigSpaceShPtr CorvDevice::configSpace() const
@@ -1151,7 +1175,7 @@ lmStatus CorvDevice::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
     return status;
   m_configSpace = i_coder->decode<CorvCSComposite>("configSpace");
   m_wrapperSpace = i_coder->decodeWeak<CorvCSDeviceWrapper>("wrapperSpace");
-  m_rootJoint = i_coder->decode<CorvJoint>("rootJoint");
+  m_rootJoint = i_coder->decodePart<CorvJoint>("rootJoint");
   i_coder->decodeObjects("extraDofs", m_extraDofs);
   m_isKinematicalChainLocked = i_coder->decodeBool("isKinematicalChainLocked");
   m_internalVersion = i_coder->decodeUnsignedInt("internalVersion");
@@ -1170,10 +1194,13 @@ lmStatus CorvDevice::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
   if (!i_coder->isDecodedVersionStrictlyLowerThan(OBSTACLE_GROUP_VERSION))
     m_obstacleGroup = i_coder->decode<ClumGeometry>("obstacleGroup");
   m_defaultTestParameters = i_coder->decode<ClumTestParameters>("defaultTestParameters");
-  const bool isWhole = m_configSpace && m_currentConfig && m_constraints && m_configValidators &&
-                       m_directPathValidators && m_pathValidators && !containsItem(m_extraDofs, CorvDofShPtr()) &&
+  const bool isWhole = m_configSpace && m_constraints && m_configValidators && m_directPathValidators &&
+                       m_pathValidators && !containsItem(m_extraDofs, CorvDofShPtr()) &&
                        !containsItem(m_obstacleGeometries, ClumGeometryShPtr());
-  return isWhole ? status : lmStatus(lmStatus::FAILURE);
+  const bool isJointIncluded =
+    !m_rootJoint || (isWhole && m_configSpace->includes(CorvConfigSpaceConstShPtr(m_rootJoint->configSpace())));
+  const bool isConfigSound = m_currentConfig->space() == m_configSpace && m_currentConfig->hasSoundValues();
+  return isWhole && isJointIncluded && isConfigSound ? status : lmStatus(lmStatus::FAILURE);
 }
 
 void CorvDevice::awake()

@@ -1268,6 +1268,11 @@ lmStatus CorvJoint::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
   if (status.failed())
     return status;
   m_parentJoint = i_coder->decodeWeak<CorvJoint>("parentJoint");
+  if (isBelowItself())
+  {
+    m_parentJoint.reset();
+    return lmStatus::FAILURE;
+  }
   std::vector<ClumCodableShPtr> virtualChildren;
   i_coder->decodeWeakObjectShPtrVector("virtualChildren", virtualChildren);
   for (const ClumCodableShPtr& child : virtualChildren)
@@ -1275,9 +1280,9 @@ lmStatus CorvJoint::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
       m_virtualChildren.push_back(joint);
   m_linkedJoint = i_coder->decodeWeak<CorvJoint>("linkedJoint");
   m_kinematicalEffect = i_coder->decode<CorvKinematicalEffect>("kinematicalEffect");
-  m_attachedBody = i_coder->decode<CorvBody>("attachedBody");
+  m_attachedBody = i_coder->decodePart<CorvBody>("attachedBody");
   m_configSpace = i_coder->decode<CorvCSComposite>("configSpace");
-  i_coder->decodeObjects("childJoints", m_childJoints);
+  i_coder->decodeParts("childJoints", m_childJoints);
   m_customSubspace = i_coder->decode<CorvConfigSpace>("customSubspace");
   i_coder->decodeDoubleVector("currentEffectDofValues", m_currentEffectDofValues);
   m_effect = i_coder->decodeMat4("effect");
@@ -1290,9 +1295,30 @@ lmStatus CorvJoint::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodab
   if (!i_coder->isDecodedVersionStrictlyLowerThan(STRUCTURAL_VERSION_VERSION))
     m_structuralVersion = i_coder->decodeUnsignedInt("structuralVersion");
   m_isKinematicalChainLocked = i_coder->decodeBool("isKinematicalChainLocked");
-  const bool isWhole = m_kinematicalEffect && m_configSpace &&
-                       std::count(m_childJoints.begin(), m_childJoints.end(), CorvJointShPtr()) == 0;
-  return isWhole ? status : lmStatus(lmStatus::FAILURE);
+  return isWhole() ? status : lmStatus(lmStatus::FAILURE);
+}
+
+bool CorvJoint::isBelowItself() const
+{
+  CorvJointShPtr above = m_parentJoint.lock();
+  while (above && above.get() != this)
+    above = above->m_parentJoint.lock();
+  return static_cast<bool>(above);
+}
+
+/// True if what was decoded fits together.
+bool CorvJoint::isWhole() const
+{
+  if (!m_kinematicalEffect || !m_configSpace || !m_configSpace->includes(m_kinematicalEffect->configSpace()))
+    return false;
+  const auto isChildWhole = [&](const CorvJointShPtr& i_child)
+  {
+    const bool isIncluded = !configSpaceIncludesChildJoints() ||
+                            (i_child && m_configSpace->includes(CorvConfigSpaceConstShPtr(i_child->m_configSpace)));
+    return i_child && i_child->m_parentJoint.lock().get() == this && isIncluded;
+  };
+  return m_currentEffectDofValues.size() == countDofs() &&
+         std::all_of(m_childJoints.begin(), m_childJoints.end(), isChildWhole);
 }
 
 void CorvJoint::awake()

@@ -85,7 +85,10 @@ void CorvJointRotation::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 lmStatus CorvJointRotation::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
 {
   const lmStatus status = CorvJoint::initWithCoder(i_coder, i_self);
-  if (status.succeeded())
-    m_baseVector = static_cast<ClumMat4::EBaseVector>(i_coder->decodeInt("baseVector"));
-  return status;
+  if (status.failed())
+    return status;
+  const int baseVector = i_coder->decodeInt("baseVector");
+  m_baseVector = static_cast<ClumMat4::EBaseVector>(baseVector);
+  const bool isKnown = baseVector >= ClumMat4::X_AXIS && baseVector <= ClumMat4::INVERSE_Z_AXIS;
+  return isKnown ? status : lmStatus(lmStatus::FAILURE);
 }

@@ -65,6 +65,11 @@ bool CorvKinematicalEffect::hasSize(std::size_t i_count) const
   return m_configSpace && m_configSpace->size() == i_count;
 }
 
+bool CorvKinematicalEffect::hasSizeOf(const CorvKinematicalEffect& i_other) const
+{
+  return i_other.m_configSpace && hasSize(i_other.m_configSpace->size());
+}
+
 bool CorvKinematicalEffect::operator==(const CorvKinematicalEffect& i_other) const
 {
   if (m_type != i_other.m_type || !m_configSpace != !i_other.m_configSpace)

@@ -52,7 +52,7 @@ lmStatus CorvPointManifold::initWithCoder(const ClumCoderShPtr& i_coder, const C
     return status;
   m_config = CorvConfig(i_coder, "config");
   m_ambientSpace = i_coder->decode<CorvConfigSpace>("ambientSpace");
-  return m_ambientSpace && m_config.space() ? status : lmStatus(-1);
+  return m_ambientSpace && m_config.hasSoundValues() ? status : lmStatus(-1);
 }
 
 CorvManifoldShPtr CorvPointManifold::clone() const

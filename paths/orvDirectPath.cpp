@@ -628,6 +628,7 @@ lmStatus CorvDirectPath::initWithCoder(const ClumCoderShPtr& i_coder, const Clum
   m_extras.reset();
   const bool areCutsUsable =
     m_cutStart >= 0.0 && m_cutEnd >= 0.0 && std::isfinite(m_cutStart) && std::isfinite(m_cutEnd);
-  const bool areEndsUsable = m_start.space() && m_start.space() == m_end.space();
+  const bool areEndsUsable =
+    m_start.space() == m_end.space() && m_start.hasSoundValues() && m_end.hasSoundValues();
   return m_steeringMethod && areEndsUsable && areCutsUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

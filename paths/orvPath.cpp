@@ -843,5 +843,6 @@ lmStatus CorvPath::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodabl
   const bool isUsable = std::all_of(m_directPaths.begin(), m_directPaths.end(),
                                     [&](const CorvDirectPathConstShPtr& i_directPath)
                                     { return i_directPath && i_directPath->configSpace() == m_configSpace; });
-  return m_configSpace && isUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
+  const bool isStartUsable = m_initialCfg.space() ? m_initialCfg.hasSoundValues() : !m_hasInitialCfg;
+  return m_configSpace && isUsable && isStartUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

@@ -217,7 +217,7 @@ lmStatus CorvBuilder::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCod
   m_edgeFactory = i_coder->decode<CorvEdgeFactory>("edgeFactory");
   m_roadmap = boost::static_pointer_cast<CorvRoadmap>(i_coder->decodeSharedPointer("roadmap"));
   m_linker = i_coder->decode<CorvLinker>("linker");
-  return status;
+  return m_roadmap && m_nodeFactory && m_edgeFactory ? status : lmStatus(lmStatus::FAILURE);
 }
 
 lmStatus CorvBuilder::doStart(const ClumParameterMapShPtr&)

@@ -52,6 +52,7 @@ protected:
 private:
   friend class ClumScene;
 
+  bool areCollectionsOf(const ClumObject& i_object) const;
   void subscribe();
   void objectDidChange(const ShPtr<const ClumNotification>& i_notification);
   void update() const;

@@ -170,6 +170,7 @@ private:
   void reindexTests();
   void removeOwn(std::size_t i_rank);
   void contentsDidChange();
+  bool isBelowItself() const;
   void testListDidChange();
   template <class FUNCTION>
   void forEachGeometry(FUNCTION i_function) const;
@@ -180,6 +181,8 @@ private:
   std::vector<CTestPair> m_tests;
   std::map<TPairKey, std::size_t> m_testRanks; ///< for look-up only: its order is that of addresses
   std::uint64_t m_stamp;
+  mutable std::uint64_t m_version = 0;
+  mutable std::uint64_t m_versionCheck = 0; ///< the latest stamp of all when `m_version` was found
   mutable std::uint64_t m_pairsVersion = 0;
   mutable std::vector<CTestPair> m_pairs;
   mutable std::vector<ClumGeometryShPtr> m_testableGeometries;

@@ -5,10 +5,10 @@
 /// The coder of files: writes a graph of objects as XML and reads it back (`docs/file-format.md`).
 ///
 /// Encode objects under keys, then `writeToFile`; or `parseFile`, then decode the same keys. Every double comes back to
-/// the bit. A file cannot keep a pointer to something that is not codable: it is left out with a warning and decodes as
-/// null. What is read is not trusted: a text that is no such graph is refused by `parseFile`, and an object that its
-/// class refuses makes `decodeObject` give null, in both cases with one line in the log that names the place. Nothing
-/// of a refused graph is awakened.
+/// the bit. What a file cannot keep, such as a pointer to something that is not codable, makes `writeToFile` fail. What
+/// is read is not trusted: a text that is no such graph is refused by `parseFile`, and an object that its class refuses
+/// makes `decodeObject` give null, in both cases with one line in the log that names the place. Nothing of a refused
+/// graph is awakened.
 class LUM_API ClumXMLCoder : public ClumGraphCoder
 {
   LUM_UNREFLECTED(ClumXMLCoder, ClumGraphCoder);
@@ -55,7 +55,7 @@ protected:
   void handleEncodingFailure(const lmStatus& i_status) override;
 
 private:
-  void encodeAbsentPointer(bool i_isNull, const std::string& i_key);
+  void encodeNullPointer(bool i_isNull, const std::string& i_key);
 
   lmStatus m_encodingStatus;
   lmStatus m_parsingStatus;

@@ -207,6 +207,9 @@ public:
   };
 
   void encodeValueWithCoder(ClumCoder& i_coder, const std::string& i_key) const;
+  /// True if there is a space, and the values stand for the dofs that it has or had at the version told. What decodes
+  /// a configuration asks this before it takes it.
+  bool hasSoundValues() const;
   /// The coded form under the key "config", as the text of a file.
   std::string textualDump() const;
 

@@ -260,6 +260,7 @@ private:
   /// Beyond it lies the bit with which a configuration marks a version as unchecked.
   static constexpr unsigned int MAX_VERSION = 0x7fffffffu;
 
+  bool isInsideItself() const;
   unsigned int recordVersion() const;
   void keepDofs(unsigned int i_version, const TDofList& i_dofs) const;
   void updateCache() const;

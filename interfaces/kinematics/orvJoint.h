@@ -233,6 +233,8 @@ private:
 
   const ClumMat4& parentTransform() const;
   CorvBodyLumSceneShPtr lumSceneBody() const;
+  bool isBelowItself() const;
+  bool isWhole() const;
   lmStatus rebuildConfigSpace();
   template <class RESTORE>
   lmStatus rebuildConfigSpaceOr(RESTORE i_restore);

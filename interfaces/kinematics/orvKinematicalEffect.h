@@ -75,6 +75,9 @@ protected:
   lmStatus init(const CorvKinematicalEffectWkPtr& i_weakPtr);
   lmStatus init(const CorvKinematicalEffectWkPtr& i_weakPtr, const CorvKinematicalEffectConstShPtr& i_source);
 
+  /// True if both have equally many dofs.
+  bool hasSizeOf(const CorvKinematicalEffect& i_other) const;
+
   /// A space of several dofs: revolute or not, in order.
   static CorvConfigSpaceShPtr makeSpaceOfDofs(const std::vector<bool>& i_areRevolute, const std::string& i_type);
 
@@ -115,6 +118,13 @@ public:
   static ShPtr<LEAF> create(const std::string& i_type = LEAF::TYPE) { return lumCreate<LEAF>(i_type); }
   static ShPtr<LEAF> createCopy(const ShPtr<const LEAF>& i_objectToCopy) { return lumCreateCopy(i_objectToCopy); }
   CorvKinematicalEffectShPtr clone() const override { return createCopy(static_cast<const LEAF&>(*this).self()); }
+
+  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override
+  {
+    static const ShPtr<LEAF> s_model = create();
+    const lmStatus status = BASE::initWithCoder(i_coder, i_self);
+    return status.failed() || this->hasSizeOf(*s_model) ? status : lmStatus(lmStatus::FAILURE);
+  }
 
 protected:
   TorvKELeaf() = default;

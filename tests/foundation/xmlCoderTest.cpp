@@ -186,9 +186,10 @@ TEST(ClumXMLCoder, KeepsEveryKindOfValue)
   {
     const LogCapture log;
     coder->encodePointer(&target, "pointer");
-    EXPECT_TRUE(log.contains("'pointer'")) << "what is left out is said";
+    EXPECT_TRUE(log.contains("'pointer'"));
+    EXPECT_EQ(coder->writeToFile("unused"), ClumXMLCoder::UNCODABLE_OBJECT_ERROR) << "a file keeps no pointer";
     coder->encodeSharedPointer(ShPtr<void>(), "shared");
-    EXPECT_EQ(log.count(), 1u);
+    EXPECT_EQ(log.count(), 2u);
   }
 
   const ClumXMLCoderShPtr read = readBack(coder);
@@ -519,6 +520,28 @@ TEST(ClumXMLCoder, RefusesDepthWithoutExhaustingTheStack)
   };
   EXPECT_TRUE(readBack(coderOf(chained(1000)))->decodeObject("object"));
   EXPECT_EQ(coderOf(chained(1001))->writeToFile("unused"), ClumXMLCoder::UNCODABLE_OBJECT_ERROR);
+}
+
+TEST(ClumXMLCoder, RefusesSharingThatUnfoldsWithoutEnd)
+{
+  const auto doubling = [](int i_levels)
+  {
+    std::string objects = "<object key='object' ref='0'/>";
+    for (int i = 0; i <= i_levels; ++i)
+    {
+      const std::string next = "' ref='" + std::to_string(i + 1) + "'/>";
+      objects += "<object id='" + std::to_string(i) + "' class='ClumSequenceOperation'><vector key='operations'>";
+      if (i < i_levels)
+        objects += "<object key='operations/0" + next + "<object key='operations/1" + next;
+      objects += "</vector></object>";
+    }
+    return textWith(objects);
+  };
+  const LogCapture log;
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  EXPECT_EQ(coder->parse(doubling(60)), ClumXMLCoder::MALFORMED_TEXT_ERROR);
+  EXPECT_TRUE(log.contains("unfold"));
+  EXPECT_TRUE(coder->parse(doubling(15)).succeeded());
 }
 
 TEST(ClumXMLCoder, TakesAMillionFlatElements)
