@@ -14,6 +14,7 @@
 #include "validation/orvValidatorCfgLumScene.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace
@@ -476,7 +477,7 @@ lmStatus CorvBodyLumScene::initWithCoder(const ClumCoderShPtr& i_coder, const Cl
   m_toleranceActivation = i_coder->decodeBool("toleranceActivation");
   if (!i_coder->isDecodedVersionStrictlyLowerThan(MOBILE_GROUP_VERSION))
     m_mobileGroup = i_coder->decode<ClumGeometry>("mobileGroup");
-  const bool isWhole = m_mobileGeometries.size() == m_relativePositions.size() &&
+  const bool isWhole = m_mobileGeometries.size() == m_relativePositions.size() && std::isfinite(m_toleranceModifier) &&
                        std::count(m_mobileGeometries.begin(), m_mobileGeometries.end(), ClumGeometryShPtr()) == 0;
   return isWhole ? status : lmStatus(lmStatus::FAILURE);
 }

@@ -3,6 +3,8 @@
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 
+#include <cmath>
+
 LUM_DESCRIBE(CorvMetricScale)
 {
   i_class.creates("(const CorvMetricShPtr& i_scaledMetric, const std::string& i_type)", &Self::create);
@@ -91,5 +93,5 @@ lmStatus CorvMetricScale::initWithCoder(const ClumCoderShPtr& i_coder, const Clu
   if (status.failed())
     return status;
   m_scale = i_coder->decodeDouble("scale");
-  return lmStatus();
+  return std::isfinite(m_scale) ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }

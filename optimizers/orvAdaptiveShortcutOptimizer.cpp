@@ -8,6 +8,7 @@
 #include "paths/orvPath.h"
 
 #include <algorithm>
+#include <cmath>
 
 LUM_DESCRIBE(CorvAdaptiveShortcutOptimizer)
 {
@@ -55,9 +56,10 @@ void CorvAdaptiveShortcutOptimizer::encodeWithCoder(const ClumCoderShPtr& i_code
 lmStatus CorvAdaptiveShortcutOptimizer::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
 {
   const lmStatus status = CorvLoopOptimizer::initWithCoder(i_coder, i_self);
-  if (status.succeeded())
-    m_precision = i_coder->decodeDouble("precision");
-  return status;
+  if (status.failed())
+    return status;
+  m_precision = i_coder->decodeDouble("precision");
+  return std::isfinite(m_precision) ? status : lmStatus(lmStatus::FAILURE);
 }
 
 void CorvAdaptiveShortcutOptimizer::precision(double i_precision)

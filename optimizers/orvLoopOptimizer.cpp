@@ -6,6 +6,7 @@
 #include "paths/orvPath.h"
 
 #include <algorithm>
+#include <cmath>
 
 LUM_DESCRIBE(CorvLoopOptimizer)
 {
@@ -46,7 +47,7 @@ lmStatus CorvLoopOptimizer::initWithCoder(const ClumCoderShPtr& i_coder, const C
   m_maxNbLoop = i_coder->decodeUnsignedInt("maxNbLoop");
   m_minGainStop = i_coder->decodeDouble("minGainStop");
   m_postOptimizer = i_coder->decode<CorvPathOptimizer>("postOptimizer");
-  return status;
+  return std::isfinite(m_minGainStop) ? status : lmStatus(lmStatus::FAILURE);
 }
 
 void CorvLoopOptimizer::awake()

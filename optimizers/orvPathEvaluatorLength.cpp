@@ -5,6 +5,8 @@
 #include "optimizers/orvPathOptimizer.h"
 #include "paths/orvPath.h"
 
+#include <cmath>
+
 LUM_DESCRIBE(CorvPathEvaluatorLength)
 {
   i_class.creates("(double i_costPerDirectPath)", static_cast<CorvPathEvaluatorLengthShPtr (*)(double)>(&Self::create));
@@ -36,7 +38,8 @@ void CorvPathEvaluatorLength::encodeWithCoder(const ClumCoderShPtr& i_coder) con
 lmStatus CorvPathEvaluatorLength::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
 {
   const lmStatus status = CorvPathEvaluator::initWithCoder(i_coder, i_self);
-  if (status.succeeded())
-    m_costPerDirectPath = i_coder->decodeDouble("costPerDirectPath");
-  return status;
+  if (status.failed())
+    return status;
+  m_costPerDirectPath = i_coder->decodeDouble("costPerDirectPath");
+  return std::isfinite(m_costPerDirectPath) ? status : lmStatus(lmStatus::FAILURE);
 }

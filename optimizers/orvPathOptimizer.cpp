@@ -7,6 +7,8 @@
 #include "optimizers/orvPathEvaluatorLength.h"
 #include "paths/orvPath.h"
 
+#include <cmath>
+
 LUM_DESCRIBE(CorvPathOptimizer)
 {
   i_class.enumeration("EShortcutType", "SHORTCUT_DOF, SHORTCUT_DIRECT");
@@ -66,7 +68,7 @@ lmStatus CorvPathOptimizer::initWithCoder(const ClumCoderShPtr& i_coder, const C
     m_pathEvaluator = evaluator;
   m_shortcutMethod = i_coder->decode<CorvPathPlanner>("shortcutMethod");
   m_penetration = i_coder->decodeDouble("penetration");
-  return status;
+  return std::isfinite(m_penetration) ? status : lmStatus(lmStatus::FAILURE);
 }
 
 void CorvPathOptimizer::awake()

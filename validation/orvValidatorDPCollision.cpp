@@ -31,11 +31,8 @@ unsigned long CorvValidatorDPCollision::s_countTestedConfigs = 0;
 
 namespace
 {
-/// A stand-in for an allowance without limit, from which what a body moved can still be read off.
-constexpr double FREE_ALLOWANCE = 1073741824.0; // 2^30: a unit in the last place is 1e-7
-/// Added to what is asked for, so that an allowance that is found to be enough also proves to be.
+/// On what is asked for, so that an allowance that is found to be enough also proves to be.
 constexpr double NEED_FACTOR = 1.0 + 1e-6;
-constexpr double NEED_MARGIN = 1e-6;
 /// Of the length: a sample that covers less makes no headway.
 constexpr double LEAST_ADVANCE = 1e-12;
 /// Of the length: a mark nearer to the end than this is not set.
@@ -201,15 +198,11 @@ private:
       return;
     const double reach = std::max(i_t - i_from, i_to - i_t);
     fillRates(i_from, i_to);
-    m_moved.assign(m_device->countBodies(), FREE_ALLOWANCE);
-    double advance = 0.0;
-    bool hitsEnd = false;
-    const lmStatus status = m_device->boundedMove(i_config, i_config, reach, m_rates, m_moved, advance, hitsEnd);
-    if (status.failed() || !hitsEnd)
+    if (m_device->boundDisplacements(i_config, reach, m_rates, m_moved).failed())
       return;
     m_query.needs.resize(m_moved.size());
     for (std::size_t i = 0; i < m_moved.size(); ++i)
-      m_query.needs[i] = (FREE_ALLOWANCE - m_moved[i]) * NEED_FACTOR + NEED_MARGIN;
+      m_query.needs[i] = m_moved[i] * NEED_FACTOR;
   }
 
   void fillRates(double i_from, double i_to)
@@ -867,5 +860,7 @@ lmStatus CorvValidatorDPCollision::initWithCoder(const ClumCoderShPtr& i_coder, 
   m_exactDistancePrecision = i_coder->decodeDouble("exactDistancePrecision");
   m_zeroPenetrationSag = i_coder->decodeDouble("zeroPenetrationSag");
   m_alwaysUseExactDistance = i_coder->decodeBool("alwaysUseExactDistance");
-  return lmStatus();
+  const bool areAtLeastZero = m_penetration >= 0.0 && m_exactDistancePrecision >= 0.0 && m_zeroPenetrationSag >= 0.0;
+  const bool areFinite = std::isfinite(m_penetration + m_exactDistancePrecision + m_zeroPenetrationSag + m_timeout);
+  return areAtLeastZero && areFinite ? lmStatus() : lmStatus(-1);
 }
