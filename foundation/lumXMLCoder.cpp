@@ -98,7 +98,11 @@ lmStatus ClumXMLCoder::writeToFile(const std::string& i_path) const
 std::string ClumXMLCoder::data() const
 {
   std::string text, reason;
-  if (!lumWriteXML(*m_graph, text, reason))
+  if (m_encodingStatus.failed())
+    reason = "an object could not be encoded";
+  else
+    lumWriteXML(*m_graph, text, reason);
+  if (!reason.empty())
     ClumLogManager::addError("Cannot write a text: " + reason + ".");
   return reason.empty() ? text : std::string();
 }

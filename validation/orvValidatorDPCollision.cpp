@@ -861,6 +861,6 @@ lmStatus CorvValidatorDPCollision::initWithCoder(const ClumCoderShPtr& i_coder, 
   m_zeroPenetrationSag = i_coder->decodeDouble("zeroPenetrationSag");
   m_alwaysUseExactDistance = i_coder->decodeBool("alwaysUseExactDistance");
   const bool areAtLeastZero = m_penetration >= 0.0 && m_exactDistancePrecision >= 0.0 && m_zeroPenetrationSag >= 0.0;
-  const bool areFinite = std::isfinite(m_penetration + m_exactDistancePrecision + m_zeroPenetrationSag + m_timeout);
+  const bool areFinite = std::isfinite(m_penetration + m_exactDistancePrecision + m_zeroPenetrationSag);
   return areAtLeastZero && areFinite ? lmStatus() : lmStatus(-1);
 }

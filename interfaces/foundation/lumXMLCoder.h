@@ -35,7 +35,7 @@ public:
   /// @return `UNCODABLE_OBJECT_ERROR` if some object could not be encoded, `UNWRITABLE_FILE_ERROR` if the file cannot
   /// be written, with a log entry that names the file and the reason.
   lmStatus writeToFile(const std::string& i_path) const;
-  /// The text that `writeToFile` writes.
+  /// The text that `writeToFile` writes; empty, with a log entry, if it cannot.
   std::string data() const;
 
   /// Success, or why what was parsed last cannot be decoded: the parser's status, or `REFUSED_OBJECT_ERROR` once

@@ -1,8 +1,21 @@
+#include "foundation/lumBox.h"
 #include "foundation/lumClass.h"
 #include "foundation/lumCodable.h"
 #include "foundation/lumDescriptors.h"
 #include "foundation/lumMemberFunction.h"
+#include "foundation/lumMat4.h"
 #include "foundation/lumRuntime.h"
+#include "foundation/lumSphere.h"
+#include "foundation/lumXMLCoder.h"
+#include "kinematics/orvConfig.h"
+#include "kinematics/orvConfigSpace.h"
+#include "kinematics/orvDevice.h"
+#include "paths/orvDirectPath.h"
+#include "paths/orvPath.h"
+#include "paths/orvSteeringMethod.h"
+#include "planners/orvBuilderPlanner.h"
+#include "roadmaps/orvBuilder.h"
+#include "support/devices.h"
 #include "support/logCapture.h"
 #include "support/samples.h"
 
@@ -68,6 +81,35 @@ ClumMethodShPtr methodNamed(const ClumClassShPtr& i_class, const std::string& i_
     if (method->name() == i_name)
       return method;
   return i_class->parents().empty() ? ClumMethodShPtr() : methodNamed(i_class->parents()[0], i_name);
+}
+
+/// The text of an object and of what surrounds it.
+std::string textOf(const ClumCodableConstShPtr& i_object, const std::vector<ClumCodableShPtr>& i_surroundings)
+{
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  coder->encodeObjectShPtr(i_object, "object");
+  coder->encodeObjects(i_surroundings, "surroundings");
+  return coder->data();
+}
+
+/// Writes, reads and writes again: both texts have to be one and the same.
+void expectFileRoundTrip(const ClumCodableShPtr& i_object)
+{
+  settled(*i_object);
+  textOf(i_object, sampleSurroundings());
+  const std::string text = textOf(i_object, sampleSurroundings());
+  ASSERT_FALSE(text.empty());
+  const ClumXMLCoderShPtr reader = ClumXMLCoder::create();
+  ASSERT_TRUE(reader->parse(text).succeeded());
+  const ClumCodableShPtr read = reader->decodeObject("object");
+  std::vector<ClumCodableShPtr> surroundings;
+  reader->decodeObjects("surroundings", surroundings);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->classObject(), i_object->classObject());
+  EXPECT_EQ(ClumObjectShPtr(read->ClumObject::self()), read);
+  EXPECT_EQ(textOf(read, surroundings), text);
+  settled(*read);
+  EXPECT_EQ(textOf(read, surroundings), text);
 }
 
 class EveryClass : public testing::TestWithParam<std::string>
@@ -182,6 +224,66 @@ TEST_P(EverySample, SurvivesACodingRoundTrip)
   EXPECT_TRUE(settled(*copy).equalByCoding(settled(*sample)));
   EXPECT_TRUE(sample->equalByCoding(*copy));
   EXPECT_EQ(log.count(), 0u);
+}
+
+TEST_P(EverySample, SurvivesAFile)
+{
+  const ClumCodableShPtr sample = GetParam().make();
+  ASSERT_TRUE(sample);
+  const LogCapture log;
+  const bool holdsRoadmap =
+    sample->classObject()->isA(*CorvBuilder::CLASS) || sample->classObject()->isA(*CorvBuilderPlanner::CLASS);
+  if (holdsRoadmap)
+    EXPECT_EQ(textOf(sample, {}), "") << "no file keeps a roadmap";
+  else
+    expectFileRoundTrip(sample);
+  EXPECT_EQ(log.contains("'roadmap'"), holdsRoadmap);
+  EXPECT_EQ(log.count() > 0, holdsRoadmap);
+}
+
+TEST(Conformance, LargerGraphsSurviveAFile)
+{
+  const CorvDeviceShPtr arm = sixAxisArm();
+  arm->addObstacleGeometry(ClumBox::create(1.0, 2.0, 3.0));
+  arm->obstacleGeometry(0)->position(ClumMat4());
+  const CorvConfigSpaceShPtr space = arm->configSpace();
+  const CorvPathShPtr path = CorvPath::create(space);
+  CorvConfig from(space);
+  for (int i = 1; i < 6; ++i)
+  {
+    const CorvConfig to(space, std::vector<double>(space->size(), 0.1 * i * i));
+    const CorvDirectPathShPtr motion = space->steeringMethod()->makeDirectPath(from, to);
+    ASSERT_TRUE(motion);
+    ASSERT_TRUE(path->appendDirectPath(motion).succeeded());
+    from = to;
+  }
+  const CorvDirectPathShPtr cut = CorvDirectPath::createReversed(CorvDirectPath::createByExtracting(
+    path->directPath(2), 0.25 * path->directPath(2)->length(), 0.75 * path->directPath(2)->length()));
+  for (const ClumCodableShPtr& object :
+       {ClumCodableShPtr(arm), ClumCodableShPtr(space), ClumCodableShPtr(path), ClumCodableShPtr(cut),
+        ClumCodableShPtr(twoFreeFlyers(ClumBox::create(1.0, 1.0, 1.0), ClumSphere::create(0.5)))})
+  {
+    ASSERT_TRUE(object);
+    SCOPED_TRACE(object->classObject()->name());
+    const LogCapture log;
+    expectFileRoundTrip(object);
+    EXPECT_EQ(log.count(), 0u);
+  }
+
+  // What was read moves and is judged as the original.
+  const ClumXMLCoderShPtr reader = ClumXMLCoder::create();
+  ASSERT_TRUE(reader->parse(textOf(path, {})).succeeded());
+  const CorvPathShPtr read = reader->decode<CorvPath>("object");
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->length(), path->length());
+  for (double distance : {0.0, 0.3, 1.0, 0.9 * path->length()})
+  {
+    CorvConfig here(space), there(read->configSpace());
+    ASSERT_TRUE(path->getConfigAtDistance(distance, here).succeeded());
+    ASSERT_TRUE(read->getConfigAtDistance(distance, there).succeeded());
+    EXPECT_EQ(here.dofValues(), there.dofValues());
+    EXPECT_EQ(here.validate(ClumParameterMapConstShPtr()), there.validate(ClumParameterMapConstShPtr()));
+  }
 }
 
 TEST_P(EverySample, CopiesItselfAsAnEqual)

@@ -240,6 +240,11 @@ std::vector<ClumMat4> sampleFrames()
 }
 } // namespace
 
+std::vector<ClumCodableShPtr> sampleSurroundings()
+{
+  return {keptSpace(), keptDevice()};
+}
+
 CorvConfigSpaceShPtr sampleSpace()
 {
   const CorvCSCompositeShPtr space = CorvCSComposite::create("test.space");

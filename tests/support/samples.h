@@ -23,5 +23,8 @@ inline void PrintTo(const SampleMaker& i_maker, std::ostream* o_text)
 /// One line a class.
 const std::vector<SampleMaker>& sampleMakers();
 
+/// What the samples know weakly: written beside them, it lets a file keep all their references.
+std::vector<ClumCodableShPtr> sampleSurroundings();
+
 /// A space of two translations, each bounded to [-10, 10], with linear steering.
 CorvConfigSpaceShPtr sampleSpace();
