@@ -163,6 +163,24 @@ lmStatus ClumMultithreadedParallelOperation::stopMember(const ClumOperationShPtr
   return worker ? worker->stopAndJoin() : lmStatus();
 }
 
+lmStatus ClumMultithreadedParallelOperation::completionOf(const CMember& i_member, double& o_completion) const
+{
+  const CWorker* const worker = workerOf(i_member.operation);
+  if (!worker)
+    return ClumParallelOperation::completionOf(i_member, o_completion);
+  const std::lock_guard<std::mutex> lock(m_board->mutex);
+  return worker->getCompletion(o_completion);
+}
+
+lmStatus ClumMultithreadedParallelOperation::difficultyOf(const CMember& i_member, double& o_difficulty) const
+{
+  const CWorker* const worker = workerOf(i_member.operation);
+  if (!worker)
+    return ClumParallelOperation::difficultyOf(i_member, o_difficulty);
+  const std::lock_guard<std::mutex> lock(m_board->mutex);
+  return worker->getDifficulty(o_difficulty);
+}
+
 ClumParallelOperationShPtr ClumMultithreadedParallelOperation::makeFlat() const
 {
   return create();
@@ -208,38 +226,4 @@ lmStatus ClumMultithreadedParallelOperation::doFinish(const ClumParameterMapShPt
     o_output->inject(*worker->output());
   m_workers.clear();
   return status;
-}
-
-lmStatus ClumMultithreadedParallelOperation::doComputeCompletion(double& o_completion) const
-{
-  const std::lock_guard<std::mutex> lock(m_board->mutex);
-  double smallest = 1.0;
-  for (const CMember& asked : members())
-  {
-    const CWorker* const worker = workerOf(asked.operation);
-    double completion = 1.0;
-    const lmStatus status = worker ? worker->getCompletion(completion) : asked.operation->computeCompletion(completion);
-    if (status.failed())
-      return status;
-    smallest = std::min(smallest, completion);
-  }
-  o_completion = smallest;
-  return lmStatus();
-}
-
-lmStatus ClumMultithreadedParallelOperation::doComputeDifficulty(double& o_difficulty) const
-{
-  const std::lock_guard<std::mutex> lock(m_board->mutex);
-  double largest = 0.0;
-  for (const CMember& asked : members())
-  {
-    const CWorker* const worker = workerOf(asked.operation);
-    double difficulty = 0.0;
-    const lmStatus status = worker ? worker->getDifficulty(difficulty) : asked.operation->computeDifficulty(difficulty);
-    if (status.failed())
-      return status;
-    largest = std::max(largest, difficulty);
-  }
-  o_difficulty = largest;
-  return lmStatus();
 }

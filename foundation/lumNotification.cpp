@@ -6,8 +6,13 @@
 ClumNotificationShPtr ClumNotification::create(unsigned int i_id, const ShPtr<const void>& i_sender)
 {
   const ClumNotificationShPtr notification(new ClumNotification(i_id));
-  notification->m_sender = i_sender;
-  return notification;
+  return notification->initWithShPtr(notification, i_sender).succeeded() ? notification : ClumNotificationShPtr();
+}
+
+lmStatus ClumNotification::initWithShPtr(const ClumNotificationWkPtr&, const ShPtr<const void>& i_sender)
+{
+  m_sender = i_sender;
+  return lmStatus();
 }
 
 unsigned int ClumNotification::makeID(const std::string& i_className, const std::string& i_name)

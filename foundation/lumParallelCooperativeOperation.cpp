@@ -56,36 +56,6 @@ lmStatus ClumParallelCooperativeOperation::doStep(bool& o_finished)
   return lmStatus();
 }
 
-lmStatus ClumParallelCooperativeOperation::doComputeCompletion(double& o_completion) const
-{
-  double smallest = 1.0;
-  for (const CMember& asked : members())
-  {
-    double completion = 1.0;
-    const lmStatus status = asked.isFinished ? lmStatus() : asked.operation->computeCompletion(completion);
-    if (status.failed())
-      return status;
-    smallest = std::min(smallest, completion);
-  }
-  o_completion = smallest;
-  return lmStatus();
-}
-
-lmStatus ClumParallelCooperativeOperation::doComputeDifficulty(double& o_difficulty) const
-{
-  double largest = 0.0;
-  for (const CMember& asked : members())
-  {
-    double difficulty = 0.0;
-    const lmStatus status = asked.operation->computeDifficulty(difficulty);
-    if (status.failed())
-      return status;
-    largest = std::max(largest, difficulty);
-  }
-  o_difficulty = largest;
-  return lmStatus();
-}
-
 double ClumParallelCooperativeOperation::largestActiveWeight() const
 {
   double largest = 0.0;

@@ -141,6 +141,47 @@ lmStatus ClumParallelOperation::doFinish(const ClumParameterMapShPtr&)
   return first;
 }
 
+lmStatus ClumParallelOperation::completionOf(const CMember& i_member, double& o_completion) const
+{
+  o_completion = 1.0;
+  return i_member.isFinished ? lmStatus() : i_member.operation->computeCompletion(o_completion);
+}
+
+lmStatus ClumParallelOperation::difficultyOf(const CMember& i_member, double& o_difficulty) const
+{
+  return i_member.operation->computeDifficulty(o_difficulty);
+}
+
+lmStatus ClumParallelOperation::doComputeCompletion(double& o_completion) const
+{
+  double smallest = 1.0;
+  for (const CMember& asked : m_members)
+  {
+    double completion = 1.0;
+    const lmStatus status = completionOf(asked, completion);
+    if (status.failed())
+      return status;
+    smallest = std::min(smallest, completion);
+  }
+  o_completion = smallest;
+  return lmStatus();
+}
+
+lmStatus ClumParallelOperation::doComputeDifficulty(double& o_difficulty) const
+{
+  double largest = 0.0;
+  for (const CMember& asked : m_members)
+  {
+    double difficulty = 0.0;
+    const lmStatus status = difficultyOf(asked, difficulty);
+    if (status.failed())
+      return status;
+    largest = std::max(largest, difficulty);
+  }
+  o_difficulty = largest;
+  return lmStatus();
+}
+
 unsigned int ClumParallelOperation::rankOf(const ClumOperationShPtr& i_operation) const
 {
   unsigned int rank = 0;

@@ -234,22 +234,31 @@ lmStatus CorvPathOptimizer::take(const CorvPathShPtr& io_path, const CorvPathShP
   return lmStatus();
 }
 
+/// Plans a piece anew and puts it in its place. @param i_first, i_last ranks of direct paths, or distances.
+template <class PLACE>
+lmStatus CorvPathOptimizer::shortcutPiece(const CorvPathShPtr& i_path, const CorvPathConstShPtr& i_piece, PLACE i_first,
+                                          PLACE i_last, const ClumParameterMapConstShPtr& i_parameters)
+{
+  if (!i_piece)
+    return lmStatus(-1);
+  if (i_piece->countDirectPaths() <= 1)
+    return lmStatus();
+  CorvPathShPtr planned;
+  lmStatus status = replan(i_piece, i_parameters, planned);
+  if (status.failed())
+    return status;
+  const CorvPathShPtr candidate = CorvPath::createCopy(i_path);
+  status = candidate->replacePart(i_first, i_last, planned);
+  return status.succeeded() ? take(i_path, candidate, i_parameters) : status;
+}
+
 lmStatus CorvPathOptimizer::shortcut(const CorvPathShPtr& i_path, unsigned int i_first, unsigned int i_last,
                                      const ClumParameterMapConstShPtr& i_parameters)
 {
   if (i_first > i_last || i_last > i_path->countDirectPaths())
     return lmStatus(-1);
-  const CorvPathShPtr piece = CorvPath::createByExtractingDirectPaths(i_path, i_first, i_last);
-  if (!piece)
-    return lmStatus(-1);
-  if (piece->countDirectPaths() <= 1)
-    return lmStatus();
-  CorvPathShPtr planned;
-  lmStatus status = replan(piece, i_parameters, planned);
-  const CorvPathShPtr candidate = CorvPath::createCopy(i_path);
-  if (status.succeeded())
-    status = candidate->replacePart(i_first, i_last, planned);
-  return status.succeeded() ? take(i_path, candidate, i_parameters) : status;
+  return shortcutPiece(i_path, CorvPath::createByExtractingDirectPaths(i_path, i_first, i_last), i_first, i_last,
+                       i_parameters);
 }
 
 lmStatus CorvPathOptimizer::shortcut(const CorvPathShPtr& i_path, double i_from, double i_to,
@@ -257,17 +266,7 @@ lmStatus CorvPathOptimizer::shortcut(const CorvPathShPtr& i_path, double i_from,
 {
   if (!(i_from <= i_to))
     return lmStatus(-1);
-  const CorvPathShPtr piece = CorvPath::createByExtracting(i_path, i_from, i_to);
-  if (!piece)
-    return lmStatus(-1);
-  if (piece->countDirectPaths() <= 1)
-    return lmStatus();
-  CorvPathShPtr planned;
-  lmStatus status = replan(piece, i_parameters, planned);
-  const CorvPathShPtr candidate = CorvPath::createCopy(i_path);
-  if (status.succeeded())
-    status = candidate->replacePart(i_from, i_to, planned);
-  return status.succeeded() ? take(i_path, candidate, i_parameters) : status;
+  return shortcutPiece(i_path, CorvPath::createByExtracting(i_path, i_from, i_to), i_from, i_to, i_parameters);
 }
 
 lmStatus CorvPathOptimizer::shortcut(const CorvPathShPtr& i_path, const std::vector<double>& i_distances,

@@ -55,11 +55,16 @@ void CorvPathPlanner::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   LUM_ASSERT(!isPlanning());
   ClumMutableCodable::encodeWithCoder(i_coder);
+  i_coder->encodeBool(static_cast<bool>(m_notificator), "notificatorShPtr");
 }
 
+/// The copy has a notificator of its own, if this planner has one: listeners are not coded.
 lmStatus CorvPathPlanner::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
 {
-  return ClumMutableCodable::initWithCoder(i_coder, i_self);
+  const lmStatus status = ClumMutableCodable::initWithCoder(i_coder, i_self);
+  if (status.succeeded() && !i_coder->decodeBool("notificatorShPtr"))
+    m_notificator.reset();
+  return status;
 }
 
 CorvPathPlannerShPtr CorvPathPlanner::clone() const

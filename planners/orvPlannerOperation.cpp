@@ -67,7 +67,8 @@ lmStatus CorvPlannerOperation::doStart(const ClumParameterMapShPtr&)
 {
   if (m_planner->isPlanning())
     return lmStatus(-1);
-  m_planner->notificator()->addRelay(objectNotificator());
+  if (m_planner->notificator())
+    m_planner->notificator()->addRelay(objectNotificator());
   const lmStatus status = startPlanner();
   if (status.failed())
   {
@@ -128,7 +129,8 @@ void CorvPlannerOperation::showPartialPath(const CorvPathShPtr& i_path) const
 
 lmStatus CorvPlannerOperation::doFinish(const ClumParameterMapShPtr&)
 {
-  m_planner->notificator()->removeRelay(objectNotificator());
+  if (m_planner->notificator())
+    m_planner->notificator()->removeRelay(objectNotificator());
   if (m_planner->isPlanning())
     finishPlanner(lmStatus(-1));
   return lmStatus();

@@ -62,6 +62,18 @@ CorvDirectPathShPtr CorvLinkSearch::makePath(const CorvNodeShPtr& i_candidate) c
   return isFromNode() ? steering->makeDirectPath(own, other) : steering->makeDirectPath(other, own);
 }
 
+lmStatus CorvLinkSearch::addLinks(const std::vector<CLink>& i_links) const
+{
+  lmStatus first;
+  for (const CLink& link : i_links)
+  {
+    const lmStatus status = addLink(link);
+    if (first.succeeded())
+      first = status;
+  }
+  return first;
+}
+
 lmStatus CorvLinkSearch::addLink(const CLink& i_link) const
 {
   return isFromNode() ? CorvLinker::roadmapLink(m_node, i_link.node, i_link.directPath, m_parameters)

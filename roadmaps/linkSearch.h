@@ -23,7 +23,8 @@ public:
   std::vector<CorvNodeShPtr> candidatesIn(const CorvConnectedComponent& i_component) const;
   /// The motion that would link the node and a candidate, or null.
   CorvDirectPathShPtr makePath(const CorvNodeShPtr& i_candidate) const;
-  lmStatus addLink(const CLink& i_link) const;
+  /// Adds all that can be added. @return the first failure.
+  lmStatus addLinks(const std::vector<CLink>& i_links) const;
 
   /// Calls `i_test(component, o_link)`, which answers whether a link was found, for each component that a link would
   /// connect anew, as long as no link found before has made it useless. The roadmap must not change meanwhile.
@@ -52,6 +53,7 @@ private:
     bool isWanted;
   };
 
+  lmStatus addLink(const CLink& i_link) const;
   bool isFromNode() const { return m_direction == CorvLinker::LINK_FROM_NODE; }
   std::vector<CWanted> wantedComponents() const;
   bool isMadeUseless(const CorvConnectedComponent& i_component, const CorvConnectedComponent& i_linked) const;

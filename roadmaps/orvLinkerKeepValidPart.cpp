@@ -96,13 +96,7 @@ lmStatus CorvLinkerKeepValidPart::doLink(EDirection i_direction, const CorvNodeS
     }
     return false;
   };
-  lmStatus status;
-  for (const CorvLinkSearch::CLink& link : search.searchComponents(test))
-  {
-    const lmStatus added = search.addLink(link);
-    if (status.succeeded())
-      status = added;
-  }
+  const lmStatus status = search.addLinks(search.searchComponents(test));
   for (const CorvLinkSearch::CLink& part : parts)
     addProvedPart(part.node, part.directPath, isFromNode, i_parameters);
   return status;

@@ -71,12 +71,5 @@ lmStatus CorvLinkerStandard::doLink(EDirection i_direction, const CorvNodeShPtr&
     o_link.directPath = directPath;
     return canLink;
   };
-  lmStatus status;
-  for (const CorvLinkSearch::CLink& link : search.searchComponents(test))
-  {
-    const lmStatus added = search.addLink(link);
-    if (status.succeeded())
-      status = added;
-  }
-  return status;
+  return search.addLinks(search.searchComponents(test));
 }

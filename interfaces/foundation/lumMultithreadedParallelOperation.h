@@ -30,15 +30,14 @@ protected:
   bool canTake(const ClumOperation& i_operation) const override;
   lmStatus startMember(const ClumOperationShPtr& i_operation) override;
   lmStatus stopMember(const ClumOperationShPtr& i_operation) override;
+  /// As of the end of the member's last step.
+  lmStatus completionOf(const CMember& i_member, double& o_completion) const override;
+  lmStatus difficultyOf(const CMember& i_member, double& o_difficulty) const override;
   ClumParallelOperationShPtr makeFlat() const override;
 
   lmStatus doStart(const ClumParameterMapShPtr& o_output) override;
   lmStatus doStep(bool& o_finished) override;
   lmStatus doFinish(const ClumParameterMapShPtr& o_output) override;
-  /// The smallest of the members', as of the end of their last steps.
-  lmStatus doComputeCompletion(double& o_completion) const override;
-  /// The largest of the members'.
-  lmStatus doComputeDifficulty(double& o_difficulty) const override;
 
 private:
   struct CBoard;

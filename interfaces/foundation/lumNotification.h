@@ -2,13 +2,15 @@
 
 #include "foundation/handles.h"
 #include "foundation/lumExport.h"
+#include "foundation/lumStatus.h"
 #include "foundation/lumValue.h"
 
 #include <string>
 #include <utility>
 #include <vector>
 
-/// A message from an object to its listeners: an id, the sender and a few values under string keys.
+/// A message from an object to its listeners: an id, the sender and a few values under string keys. Derive from it for
+/// one that carries more.
 class LUM_API ClumNotification
 {
 public:
@@ -34,6 +36,8 @@ public:
 
 protected:
   explicit ClumNotification(unsigned int i_id) : m_id(i_id) {}
+  /// Second phase of construction, for derived notifications too: notes the sender.
+  lmStatus initWithShPtr(const ClumNotificationWkPtr& i_weakPtr, const ShPtr<const void>& i_sender);
 
 private:
   unsigned int m_id;

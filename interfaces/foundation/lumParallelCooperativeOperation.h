@@ -26,10 +26,6 @@ protected:
   ClumParallelOperationShPtr makeFlat() const override;
 
   lmStatus doStep(bool& o_finished) override;
-  /// The smallest of the members'.
-  lmStatus doComputeCompletion(double& o_completion) const override;
-  /// The largest of the members'.
-  lmStatus doComputeDifficulty(double& o_difficulty) const override;
 
   // The share of steps of each member, relative to the largest.
   double weightOf(unsigned int i_rank) const { return members()[i_rank].weight; }

@@ -47,6 +47,8 @@ protected:
   /// Start and stop a member of a running composition.
   virtual lmStatus startMember(const ClumOperationShPtr& i_operation);
   virtual lmStatus stopMember(const ClumOperationShPtr& i_operation);
+  virtual lmStatus completionOf(const CMember& i_member, double& o_completion) const;
+  virtual lmStatus difficultyOf(const CMember& i_member, double& o_difficulty) const;
   /// A fresh composition of the same kind, into which members of a nested one can be moved without a change of what
   /// they do; null if there is no such.
   virtual ClumParallelOperationShPtr makeFlat() const;
@@ -55,6 +57,10 @@ protected:
   lmStatus doStart(const ClumParameterMapShPtr& o_output) override;
   /// Stops all members. @return the first failure.
   lmStatus doFinish(const ClumParameterMapShPtr& o_output) override;
+  /// The smallest of the members'.
+  lmStatus doComputeCompletion(double& o_completion) const override;
+  /// The largest of the members'.
+  lmStatus doComputeDifficulty(double& o_difficulty) const override;
 
   const std::vector<CMember>& members() const { return m_members; }
   CMember& member(unsigned int i_rank) { return m_members[i_rank]; }

@@ -92,6 +92,9 @@ protected:
   void stopListeningTo(const CorvPathPlannerShPtr& i_planner);
 
 private:
+  template <class PLACE>
+  lmStatus shortcutPiece(const CorvPathShPtr& i_path, const CorvPathConstShPtr& i_piece, PLACE i_first, PLACE i_last,
+                         const ClumParameterMapConstShPtr& i_parameters);
   lmStatus replan(const CorvPathConstShPtr& i_piece, const ClumParameterMapConstShPtr& i_parameters,
                   CorvPathShPtr& o_path);
   lmStatus take(const CorvPathShPtr& io_path, const CorvPathShPtr& i_candidate,

@@ -1,3 +1,4 @@
+#include "foundation/lumAutotuningParallelCooperativeOperation.h"
 #include "foundation/lumParallelCooperativeOperation.h"
 #include "foundation/lumParameterMap.h"
 #include "foundation/lumSequenceOperation.h"
@@ -9,6 +10,7 @@
 #include "paths/orvPath.h"
 #include "roadmaps/orvConnectedComponent.h"
 #include "roadmaps/orvExtendDirect.h"
+#include "roadmaps/orvInjectionBuilder.h"
 #include "roadmaps/orvLinkerKeepValidPart.h"
 #include "roadmaps/orvMultiDiffusingBuilder.h"
 #include "roadmaps/orvRoadmap.h"
@@ -288,4 +290,96 @@ TEST(CorvBuilder, CompositionsRunOnOneRoadmap)
   EXPECT_EQ(world.roadmap->countNodes(), 30u);
   stopBuild(*both);
   EXPECT_EQ(sampler->state(), ClumOperation::STATE_ABORTED);
+}
+
+TEST(CorvBuilder, AutotunedCompositionPrefersWhatAddsNodes)
+{
+  CorvUtility::randomSeed(11);
+  const DiscWorld world;
+  const CorvBuilderShPtr sampler = CorvSamplingBuilder::create(world.roadmap);
+  // A tree without room to grow: its steps are fruitless.
+  const CorvMonoDiffusingBuilderShPtr stuck = CorvMonoDiffusingBuilder::create(world.roadmap);
+  stuck->setDiffusionConfiguration(world.at(5.0, 5.0));
+  const CorvExtendDirectShPtr extendMethod = CorvExtendDirect::create();
+  extendMethod->restrictionBounds(0.0, 0.0);
+  stuck->extendMethod(extendMethod);
+  stuck->diffusionShooter(CorvShooterConfigSpace::create());
+  const CorvBuilderShPtr tuned = stuck->withAutotuned(sampler);
+  ASSERT_TRUE(tuned);
+  const ClumParameterMapShPtr parameters = ClumParameterMap::create();
+  parameters->setDouble("orvane.core.shooter.standard-deviation", 1.0);
+  ASSERT_TRUE(tuned->startBuild(parameters).succeeded());
+  stepTimes(*tuned, 500);
+  EXPECT_EQ(world.roadmap->countNodes(), 501u); // one a round, and the root
+  const auto composition = boost::dynamic_pointer_cast<ClumAutotuningParallelCooperativeOperation>(tuned->simplify());
+  ASSERT_TRUE(composition);
+  EXPECT_EQ(composition->weight(0), 0.1);
+  EXPECT_EQ(composition->weight(1), 1.0);
+  stopBuild(*tuned);
+  EXPECT_FALSE(sampler->withAutotuned(CorvBuilderShPtr()));
+}
+
+namespace
+{
+CorvPathShPtr pathThrough(const std::vector<CorvConfig>& i_configs)
+{
+  const CorvPathShPtr path = CorvPath::createWithConfig(i_configs.front());
+  for (std::size_t i = 1; i < i_configs.size(); ++i)
+    EXPECT_TRUE(path->addConfiguration(i_configs[i]).succeeded());
+  return path;
+}
+} // namespace
+
+TEST(CorvInjectionBuilder, PutsTheValidPartsOfPathsIntoTheRoadmap)
+{
+  const DiscWorld world(s_slit);
+  // Free, through a disc, free, free.
+  const CorvPathShPtr path =
+    pathThrough({world.at(1.0, 1.0), world.at(1.0, 3.0), world.at(9.0, 3.0), world.at(9.0, 5.0), world.at(8.0, 5.0)});
+  const CorvInjectionBuilderShPtr builder = CorvInjectionBuilder::create(world.roadmap);
+  EXPECT_TRUE(builder->addPath(CorvPathConstShPtr()).failed());
+  EXPECT_TRUE(builder->addPath(CorvPath::createWithConfig(world.at(1.0, 1.0))).failed());
+  EXPECT_TRUE(builder->addPath(pathThrough({DiscWorld().at(1.0, 1.0), DiscWorld().at(1.0, 2.0)})).failed());
+  EXPECT_TRUE(builder->addPaths({path, CorvPathConstShPtr()}).failed());
+  EXPECT_EQ(builder->countPaths(), 0u);
+  ASSERT_TRUE(builder->addPath(path).succeeded());
+  ASSERT_TRUE(builder->startBuild(ClumParameterMapConstShPtr()).succeeded());
+  double completion = -1.0;
+  for (const double expected : {2.0 / 13.0, 10.0 / 13.0, 12.0 / 13.0})
+  {
+    stepTimes(*builder, 1);
+    EXPECT_TRUE(builder->computeCompletion(completion).succeeded());
+    EXPECT_DOUBLE_EQ(completion, expected);
+  }
+  bool shouldContinue = true;
+  EXPECT_TRUE(builder->continueBuild(shouldContinue).succeeded());
+  EXPECT_FALSE(shouldContinue);
+  EXPECT_TRUE(world.isSound(*world.roadmap));
+  EXPECT_EQ(world.roadmap->countNodes(), 5u);
+  EXPECT_EQ(world.roadmap->countEdges(), 6u);
+  EXPECT_EQ(world.roadmap->countConnectedComponents(), 2u);
+
+  // A path that is there already adds nothing; nor does none.
+  ASSERT_TRUE(builder->addPath(path).succeeded());
+  EXPECT_TRUE(builder->build(ClumParameterMapConstShPtr()).succeeded());
+  EXPECT_EQ(world.roadmap->countEdges(), 6u);
+  EXPECT_TRUE(builder->build(ClumParameterMapConstShPtr()).succeeded());
+  EXPECT_TRUE(builder->computeCompletion(completion).succeeded());
+  EXPECT_EQ(completion, 1.0);
+}
+
+TEST(CorvInjectionBuilder, GoesBeforeABuilderWithItsHintPath)
+{
+  CorvUtility::randomSeed(12);
+  const DiscWorld world;
+  const ClumParameterMapShPtr parameters = ClumParameterMap::create();
+  const CorvPathConstShPtr path = pathThrough({world.at(1.0, 1.0), world.at(2.0, 1.0), world.at(3.0, 2.0)});
+  parameters->setConstShPtr(s_spotHintPath, path);
+  const CorvBuilderShPtr builder = CorvSamplingBuilder::create(world.roadmap)->afterInjection();
+  ASSERT_TRUE(builder->startBuild(parameters).succeeded());
+  stepTimes(*builder, 2);
+  EXPECT_EQ(world.roadmap->countNodes(), 3u);
+  EXPECT_TRUE(world.roadmap->nodeWithConfig(world.at(2.0, 1.0)));
+  stepTimes(*builder, 5);
+  EXPECT_EQ(world.roadmap->countNodes(), 8u);
 }

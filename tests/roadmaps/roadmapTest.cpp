@@ -476,3 +476,23 @@ TEST_F(Roadmap, ShortDeadEndHangsOnACrossingWithLongerBranches)
   EXPECT_FALSE(tip->isShortDeadEnd());
   EXPECT_FALSE(further->isShortDeadEnd());
 }
+
+TEST_F(Roadmap, BranchOfAnyLengthIsMeasured)
+{
+  const unsigned int count = 200000;
+  std::vector<CorvNodeShPtr> nodes;
+  std::vector<CorvEdgeShPtr> edges;
+  const CorvConfig place = newNode(0.0, 0.0)->config();
+  const CorvDirectPathConstShPtr motion = CorvSMLinear::create()->makeDirectPath(place, newNode(1.0, 0.0)->config());
+  for (unsigned int i = 0; i <= count; ++i)
+    nodes.push_back(CorvNode::create(place));
+  for (unsigned int i = 0; i < count; ++i)
+  {
+    edges.push_back(CorvEdge::create(motion));
+    nodes[i]->addOutEdge(edges.back());
+    nodes[i + 1]->addInEdge(edges.back());
+  }
+  EXPECT_EQ(edges[0]->longestBranch(0), count);
+  EXPECT_EQ(edges[0]->longestBranch(1000), 1000u);
+  EXPECT_EQ(edges[count - 3]->longestBranch(1000), 3u);
+}
