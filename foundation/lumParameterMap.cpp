@@ -140,6 +140,19 @@ ClumParameterMap& ClumParameterMap::remove(const ClumStringKey& i_key)
   return *this;
 }
 
+bool ClumParameterMap::holdsOnlyPointer(const ClumStringKey& i_key) const
+{
+  bool isFound = false;
+  for (const ClumParameterMap* map = this; map; map = map->m_base.get())
+    for (const CEntry& entry : map->m_entries)
+    {
+      if (entry.type != POINTER || !(entry.key == i_key))
+        return false;
+      isFound = true;
+    }
+  return isFound;
+}
+
 bool ClumParameterMap::hasBool(const ClumStringKey& i_key) const
 {
   bool value;

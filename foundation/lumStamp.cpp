@@ -2,8 +2,21 @@
 
 #include <atomic>
 
+namespace
+{
+std::atomic<std::uint64_t>& latestStamp()
+{
+  static std::atomic<std::uint64_t> s_latest{0};
+  return s_latest;
+}
+} // namespace
+
 std::uint64_t lumNextStamp()
 {
-  static std::atomic<std::uint64_t> s_last{0};
-  return s_last.fetch_add(1, std::memory_order_relaxed) + 1;
+  return latestStamp().fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+std::uint64_t lumLatestStamp()
+{
+  return latestStamp().load(std::memory_order_relaxed);
 }

@@ -30,3 +30,15 @@ bool CorvCollisionQuery::hasSameThresholds(const CorvCollisionQuery& i_other) co
       return false;
   return true;
 }
+
+bool CorvCollisionQuery::isSameQuestion(const CorvCollisionQuery& i_other) const
+{
+  return method == i_other.method && precision == i_other.precision && specificBody == i_other.specificBody &&
+         pointsMode == i_other.pointsMode && testsSelfCollision == i_other.testsSelfCollision &&
+         reportsMaxAllowableDistances == i_other.reportsMaxAllowableDistances &&
+         hasToleranceModifier == i_other.hasToleranceModifier && toleranceModifier == i_other.toleranceModifier &&
+         hasToleranceActivation == i_other.hasToleranceActivation &&
+         toleranceActivation == i_other.toleranceActivation && device == i_other.device && slack == i_other.slack &&
+         isExact == i_other.isExact && isBoundEnough == i_other.isBoundEnough &&
+         isCapped == (i_other.isCapped || !i_other.needs.empty()) && hasSameThresholds(i_other);
+}

@@ -22,6 +22,18 @@ CorvValidationReportShPtr CorvReportCfgCollision::clone() const
   return createCopy(self());
 }
 
+void CorvReportCfgCollision::clear()
+{
+  clearTolerances();
+  space(CorvConfigSpaceShPtr());
+  isValid(true);
+  specificBody(NO_SPECIFIC_BODY);
+  m_sharesDistances = false;
+  m_distances.clear();
+  m_allowances.clear();
+  m_contact.reset();
+}
+
 void CorvReportCfgCollision::appendDistance(double i_distance)
 {
   m_distances.push_back(i_distance);

@@ -146,7 +146,7 @@ CorvCollisionQuery CorvValidatorCfgCollisionBase::makeQuery(const ClumParameterM
   CorvCollisionQuery query;
   query.distanceMode = defaultDistanceMode();
   query.comparisonMode = defaultComparisonMode();
-  if (i_params)
+  if (i_params && !i_params->holdsOnlyPointer(validationSpaceParameterKey()))
   {
     const CCfgCollisionKeys& keys = cfgCollisionKeys();
     query.distanceMode = i_params->intValue(keys.distanceMode, query.distanceMode);
@@ -204,9 +204,10 @@ void CorvValidatorCfgCollisionBase::getTolerance(const CorvBody& i_body, const C
 }
 
 bool CorvValidatorCfgCollisionBase::isJudgedElsewhere(const CorvConfig& i_cfg,
-                                                      const ClumParameterMapConstShPtr& i_params) const
+                                                      const ClumParameterMapConstShPtr& i_params,
+                                                      const CorvDeviceShPtr& i_device) const
 {
-  const CorvConfigSpaceShPtr space = i_cfg.configSpace();
+  const CorvConfigSpaceShPtr& space = i_cfg.space();
   if (!space)
     return false;
   const CorvConfigSpace* validationSpace = unwrappedValidationSpace(i_params);
@@ -216,7 +217,7 @@ bool CorvValidatorCfgCollisionBase::isJudgedElsewhere(const CorvConfig& i_cfg,
     return false;
   // A space above that is no device's tests nothing itself: then this validator is the one that does.
   const CorvDeviceShPtr owner = validationSpace->device();
-  if (!owner || owner != device())
+  if (!owner || owner != i_device)
     return false;
   const CorvValidatorCfgCollisionBaseShPtr validator = owner->collisionValidator();
   return validator && validator->isActivated();

@@ -1,11 +1,13 @@
 #include "validation/orvValidatorCfgLumScene.h"
 
 #include "foundation/lumAssert.h"
+#include "foundation/lumBroadPhase.h"
 #include "foundation/lumCollisionToolkit.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumLeafGeometry.h"
 #include "foundation/lumLogManager.h"
 #include "foundation/lumScene.h"
+#include "foundation/lumStamp.h"
 #include "foundation/lumTestParameters.h"
 #include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvConfig.h"
@@ -17,7 +19,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
-#include <type_traits>
+#include <map>
 
 LUM_DESCRIBE(CorvValidatorCfgLumScene)
 {
@@ -27,11 +29,12 @@ LUM_DESCRIBE(CorvValidatorCfgLumScene)
 namespace
 {
 constexpr double UNLIMITED = std::numeric_limits<double>::infinity();
-constexpr int NO_BODY = -1;
+constexpr unsigned int NO_BODY = ClumBroadPhase::NO_BODY;
+constexpr unsigned int NO_PAIR = ~0u;
 /// At penetration 0 a distance is resolved down to this many times the slack, whatever is needed.
 constexpr double RESOLVED_SLACKS = 4.0;
-/// Of the coordinates' magnitude, for the rounding of a ball's place.
-constexpr double BALL_ROUNDING = 1e-12;
+/// Reports that are kept to be filled again once nobody else holds them.
+constexpr std::size_t KEPT_REPORTS = 4;
 
 const ClumPoint3 NO_POINT(std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN(),
                           std::numeric_limits<double>::quiet_NaN());
@@ -46,21 +49,22 @@ std::uint64_t nextInnerSceneStamp()
 /// The scene taken apart: shapes, pairs of shapes, and scratch memory for one validation.
 struct CorvValidatorCfgLumScene::CInnerScene
 {
-  /// A leaf with its frame in its body, or in the world if it stands still.
+  /// A leaf with its frame in its body, or in the world if it stands still. Its rank is that in the broad phase.
   struct CShape
   {
     ClumCollisionModelConstShPtr model;
     ClumMat4 frame;
-    int body = NO_BODY;
-    ClumGeometryConstShPtr geometry; ///< of the test that brought the leaf
+    unsigned int body = NO_BODY;
+    ClumGeometryConstShPtr geometry;
   };
 
-  struct CPair
+  /// What is remembered of a pair, for as long as the epoch lasts.
+  struct CMemory
   {
-    unsigned int first;
-    unsigned int second;
     unsigned int test;
-    ClumDistanceResult hint;
+    unsigned int epoch;
+    ClumTrianglePair contact;
+    ClumDistanceResult nearest;
   };
 
   /// A geometry that stands still, with the stamps under which its leaves were placed.
@@ -74,24 +78,14 @@ struct CorvValidatorCfgLumScene::CInnerScene
   struct CBodyState
   {
     double toleranceModifier;
+    double largestTolerance; ///< in the tests with what stands still
     bool isToleranceActive;
-    double distance;  ///< net clearance found so far
-    double allowance; ///< the query's slack included
     bool isCapped;
     bool hasPoints;
+    double distance;  ///< net clearance found so far
+    double allowance; ///< the query's slack included
     ClumPoint3 onBody;
     ClumPoint3 onOther;
-  };
-
-  struct CCandidate
-  {
-    double lower; ///< bound of the net distance, by the balls
-    double tolerance;
-    unsigned int pair;
-    bool operator<(const CCandidate& i_other) const
-    {
-      return lower < i_other.lower || (lower == i_other.lower && pair < i_other.pair);
-    }
   };
 
   ClumCollisionToolkitShPtr toolkit;
@@ -100,18 +94,47 @@ struct CorvValidatorCfgLumScene::CInnerScene
   unsigned int bodiesVersion = 0;
   std::uint64_t sceneVersion = 0;
   std::uint64_t stamp = 0;
+  std::uint64_t latestStamp = 0; ///< of all stamps when scene and obstacles were last seen to be the same
   std::vector<CShape> shapes;
-  std::vector<CPair> pairs;
+  ClumBroadPhase broadPhase;
+  std::vector<CMemory> memory; ///< by pair
   std::vector<ClumTestParametersConstShPtr> tests;
+  double largestTestTolerance = -UNLIMITED; ///< of the tests with active tolerances
   std::vector<CStill> stills;
-  unsigned int lastColliding = 0;
-  bool hasLastColliding = false;
+  unsigned int epoch = 0;
+  unsigned int lastColliding = NO_PAIR;
 
   std::vector<ClumMat4> positions;
-  std::vector<ClumMat4> poses;
-  std::vector<ClumPoint3> centers;
   std::vector<CBodyState> bodies;
-  std::vector<CCandidate> candidates;
+
+  /// The verdicts last given without distances, which any number of configurations may share, and what may be refilled.
+  CorvReportCfgCollisionShPtr verdicts[2];
+  unsigned int verdictPair = NO_PAIR;
+  std::vector<CorvReportCfgCollisionShPtr> reports;
+  std::size_t nextReport = 0;
+
+  bool testsSceneOf(const CorvDevice& i_device, const ClumSceneShPtr& i_scene) const
+  {
+    return toolkit == i_device.collisionToolkit() && isScene(i_scene ? i_scene : i_device.collisionScene());
+  }
+  /// Compares identities, without making a handle.
+  bool isScene(const ClumSceneShPtr& i_scene) const
+  {
+    return !scene.owner_before(i_scene) && !i_scene.owner_before(scene);
+  }
+
+  /// True if a verdict was made for the same question in the present state of the bodies.
+  bool answers(const CorvReportCfgCollision& i_verdict, const CorvCollisionQuery& i_query, bool i_sharesDistances) const
+  {
+    const unsigned int first = i_query.specificBody < 0 ? 0 : static_cast<unsigned int>(i_query.specificBody);
+    if (!i_verdict.query().isSameQuestion(i_query) || i_verdict.sharesDistances() != i_sharesDistances)
+      return false;
+    for (unsigned int i = 0; i < i_verdict.countToleranceModifiers(); ++i)
+      if (i_verdict.toleranceModifier(i) != bodies[first + i].toleranceModifier ||
+          i_verdict.toleranceActivation(i) != bodies[first + i].isToleranceActive)
+        return false;
+    return true;
+  }
 
   bool areStillsInPlace() const
   {
@@ -121,50 +144,45 @@ struct CorvValidatorCfgLumScene::CInnerScene
     return true;
   }
 
-  void placeStillShapes()
+  void addShape(const ClumCollisionModelConstShPtr& i_model, const ClumMat4& i_frame, unsigned int i_body,
+                const ClumLeafGeometryConstShPtr& i_leaf)
   {
-    poses.resize(shapes.size());
-    centers.resize(shapes.size());
-    for (unsigned int i = 0; i < shapes.size(); ++i)
-      if (shapes[i].body == NO_BODY)
-        place(i, shapes[i].frame);
+    shapes.push_back({i_model, i_frame, i_body, i_leaf});
+    const unsigned int rank = broadPhase.addShape(*i_model, *i_leaf, i_body);
+    if (i_body == NO_BODY)
+      broadPhase.place(rank, i_frame);
   }
 
-  void placeMovingShapes()
+  void place(unsigned int i_shape)
   {
-    for (unsigned int i = 0; i < shapes.size(); ++i)
-      if (shapes[i].body != NO_BODY)
-        place(i, positions[static_cast<unsigned int>(shapes[i].body)] * shapes[i].frame);
+    const CShape& shape = shapes[i_shape];
+    if (shape.body != NO_BODY)
+      broadPhase.place(i_shape, positions[shape.body] * shape.frame);
   }
 
-  void place(unsigned int i_shape, const ClumMat4& i_pose)
+  CMemory& memoryOf(unsigned int i_pair)
   {
-    poses[i_shape] = i_pose;
-    centers[i_shape] = i_pose * shapes[i_shape].model->center();
-  }
-
-  /// A lower bound of the distance of two shapes, negative if their balls overlap.
-  double ballDistance(const CPair& i_pair) const
-  {
-    const ClumPoint3& a = centers[i_pair.first];
-    const ClumPoint3& b = centers[i_pair.second];
-    const double between = a.distanceFrom(b);
-    const double magnitude = between + std::fabs(a.x()) + std::fabs(a.y()) + std::fabs(a.z());
-    return between - shapes[i_pair.first].model->radius() - shapes[i_pair.second].model->radius() -
-           BALL_ROUNDING * magnitude;
+    CMemory& found = memory[i_pair];
+    if (found.epoch != epoch)
+    {
+      found.epoch = epoch;
+      found.contact = ClumTrianglePair();
+      found.nearest.hasPoints = false;
+    }
+    return found;
   }
 };
 
 namespace
 {
 /// Finds which body a tested geometry is of, and its frame in that body.
-bool findBodyOfGeometry(const std::vector<CorvBodyLumScene*>& i_bodies, const ClumGeometry& i_geometry, int& o_body,
-                        ClumMat4& o_frame)
+bool findBodyOfGeometry(const std::vector<CorvBodyLumScene*>& i_bodies, const ClumGeometry& i_geometry,
+                        unsigned int& o_body, ClumMat4& o_frame)
 {
-  for (std::size_t rank = 0; rank < i_bodies.size(); ++rank)
+  for (unsigned int rank = 0; rank < i_bodies.size(); ++rank)
   {
     const CorvBodyLumScene& body = *i_bodies[rank];
-    o_body = static_cast<int>(rank);
+    o_body = rank;
     o_frame = ClumMat4();
     if (body.mobileGroup().get() == &i_geometry)
       return true;
@@ -198,14 +216,14 @@ public:
   template <class INNER>
   bool add(const ClumGeometryConstShPtr& i_geometry, INNER& io_inner, std::pair<unsigned int, unsigned int>& o_range)
   {
-    for (const CSeen& seen : m_seen)
-      if (seen.geometry == i_geometry.get())
-      {
-        o_range = seen.range;
-        return true;
-      }
+    const auto seen = m_seen.find(i_geometry.get());
+    if (seen != m_seen.end())
+    {
+      o_range = seen->second;
+      return true;
+    }
     ClumMat4 frame;
-    int body = NO_BODY;
+    unsigned int body = NO_BODY;
     if (!findBodyOfGeometry(m_bodies, *i_geometry, body, frame))
       io_inner.stills.push_back({i_geometry, i_geometry->poseStamp(), i_geometry->stamp()});
     o_range.first = static_cast<unsigned int>(io_inner.shapes.size());
@@ -213,30 +231,20 @@ public:
     i_geometry->getLeaves(leaves);
     for (const ClumPlacedLeaf& leaf : leaves)
     {
-      typename std::remove_reference_t<decltype(io_inner.shapes)>::value_type shape;
-      shape.model = leaf.leaf->collisionModel(m_toolkit);
-      shape.frame = frame * leaf.frame;
-      shape.body = body;
-      shape.geometry = leaf.leaf;
-      if (!shape.model)
+      const ClumCollisionModelConstShPtr model = leaf.leaf->collisionModel(m_toolkit);
+      if (!model)
         return false;
-      io_inner.shapes.push_back(shape);
+      io_inner.addShape(model, frame * leaf.frame, body, leaf.leaf);
     }
     o_range.second = static_cast<unsigned int>(io_inner.shapes.size());
-    m_seen.push_back({i_geometry.get(), o_range});
+    m_seen[i_geometry.get()] = o_range;
     return true;
   }
 
 private:
-  struct CSeen
-  {
-    const ClumGeometry* geometry;
-    std::pair<unsigned int, unsigned int> range;
-  };
-
   const ClumCollisionToolkit& m_toolkit;
   const std::vector<CorvBodyLumScene*>& m_bodies;
-  std::vector<CSeen> m_seen;
+  std::map<const ClumGeometry*, std::pair<unsigned int, unsigned int>> m_seen; ///< for look-up only
 };
 } // namespace
 
@@ -244,20 +252,36 @@ private:
 class CorvValidatorCfgLumScene::CTest
 {
 public:
-  CTest(CInnerScene& io_inner, const CorvCollisionQuery& i_query) : m_inner(io_inner), m_query(i_query) {}
+  CTest(CInnerScene& io_inner, const CorvCollisionQuery& i_query)
+    : m_inner(io_inner), m_broadPhase(io_inner.broadPhase), m_query(i_query), m_wantsDistances(i_query.wantsDistances())
+  {
+  }
 
   /// @return true if something touches, or is within its tolerance.
   bool run(const CorvDevice& i_device)
   {
     prepareBodies(i_device);
-    collectCandidates();
-    for (const CInnerScene::CCandidate& candidate : m_inner.candidates)
-      if (canMatter(candidate) && isContact(candidate))
+    if (asksLastColliding())
+      return true;
+    for (const unsigned int shape : m_broadPhase.movingShapes())
+      m_inner.place(shape);
+    m_broadPhase.begin(static_cast<unsigned int>(m_inner.bodies.size()));
+    for (unsigned int body = 0; body < m_inner.bodies.size(); ++body)
+      updateLimit(body);
+    m_isWalking = true;
+    if (m_query.testsSelfCollision)
+      enterMovingPairs();
+    for (const unsigned int shape : m_broadPhase.movingShapes())
+      if (isTested(m_inner.shapes[shape].body))
+        m_broadPhase.follow(shape);
+    ClumBroadPhase::CCandidate candidate;
+    while (m_broadPhase.next(candidate))
+      if (candidate.pair != m_askedFirst && canMatter(candidate) && isContact(candidate.pair))
       {
         m_inner.lastColliding = candidate.pair;
-        m_inner.hasLastColliding = true;
         return true;
       }
+    storeUnseen();
     return false;
   }
 
@@ -265,12 +289,12 @@ public:
   bool applyThresholds()
   {
     bool isRefused = false;
-    for (std::size_t i = 0; i < m_inner.bodies.size(); ++i)
+    for (unsigned int i = 0; i < m_inner.bodies.size(); ++i)
     {
       CInnerScene::CBodyState& body = m_inner.bodies[i];
       const double measured = body.distance;
       body.distance += m_query.distanceModifier;
-      if (i >= m_query.thresholds.size() || std::isnan(m_query.thresholds[i]) || !isTested(static_cast<int>(i)))
+      if (i >= m_query.thresholds.size() || std::isnan(m_query.thresholds[i]) || !isTested(i))
         continue;
       const double threshold = m_query.thresholds[i];
       body.distance -= threshold;
@@ -294,13 +318,25 @@ public:
   bool sharesDistances() const { return m_sharesDistances; }
 
 private:
-  using CPair = CInnerScene::CPair;
-  using CShape = CInnerScene::CShape;
+  using CMemory = CInnerScene::CMemory;
   using CBodyState = CInnerScene::CBodyState;
 
-  bool isTested(int i_body) const { return m_query.specificBody < 0 || m_query.specificBody == i_body; }
+  /// What a query needs of a pair.
+  struct CPair
+  {
+    const ClumCollisionModel& a;
+    const ClumMat4& poseA;
+    const ClumCollisionModel& b;
+    const ClumMat4& poseB;
+  };
+
+  bool isTested(unsigned int i_body) const
+  {
+    return i_body != NO_BODY && (m_query.specificBody < 0 || static_cast<unsigned int>(m_query.specificBody) == i_body);
+  }
   double sag() const { return m_query.isExact ? m_query.slack : 0.0; }
   bool usesTolerance() const { return m_query.distanceMode != 1; }
+  double obstacleModifier() const { return m_query.hasToleranceModifier ? m_query.toleranceModifier : 0.0; }
 
   void prepareBodies(const CorvDevice& i_device)
   {
@@ -310,6 +346,9 @@ private:
     {
       CBodyState& state = m_inner.bodies[i];
       getTolerance(*bodies[i], m_query, state.toleranceModifier, state.isToleranceActive);
+      const double modifier = std::max(state.toleranceModifier, obstacleModifier());
+      state.largestTolerance =
+        usesTolerance() && state.isToleranceActive ? std::max(0.0, modifier + m_inner.largestTestTolerance) : 0.0;
       state.distance = UNLIMITED;
       state.allowance = UNLIMITED;
       state.isCapped = false;
@@ -317,210 +356,221 @@ private:
     }
   }
 
-  const CBodyState* bodyOf(const CShape& i_shape) const
-  {
-    return i_shape.body == NO_BODY ? nullptr : &m_inner.bodies[static_cast<unsigned int>(i_shape.body)];
-  }
-  CBodyState* bodyOf(const CShape& i_shape)
-  {
-    return i_shape.body == NO_BODY ? nullptr : &m_inner.bodies[static_cast<unsigned int>(i_shape.body)];
-  }
+  unsigned int firstBody(unsigned int i_pair) const { return m_inner.shapes[m_broadPhase.firstOf(i_pair)].body; }
+  unsigned int secondBody(unsigned int i_pair) const { return m_inner.shapes[m_broadPhase.secondOf(i_pair)].body; }
+  CBodyState* stateOf(unsigned int i_body) { return i_body == NO_BODY ? nullptr : &m_inner.bodies[i_body]; }
 
   /// 0 unless the test and both objects have theirs active. Overlap cannot be measured: nothing below 0.
-  double toleranceOf(const CPair& i_pair) const
+  double toleranceOf(unsigned int i_pair) const
   {
-    const ClumTestParameters& test = *m_inner.tests[i_pair.test];
+    const ClumTestParameters& test = *m_inner.tests[m_inner.memory[i_pair].test];
     if (!usesTolerance() || !test.toleranceActivation())
       return 0.0;
     double modifier = -UNLIMITED;
-    for (const unsigned int side : {i_pair.first, i_pair.second})
+    for (const unsigned int body : {firstBody(i_pair), secondBody(i_pair)})
     {
-      const CBodyState* body = bodyOf(m_inner.shapes[side]);
-      if (body && !body->isToleranceActive)
+      if (body != NO_BODY && !m_inner.bodies[body].isToleranceActive)
         return 0.0;
-      const double obstacleModifier = m_query.hasToleranceModifier ? m_query.toleranceModifier : 0.0;
-      modifier = std::max(modifier, body ? body->toleranceModifier : obstacleModifier);
+      modifier = std::max(modifier, body != NO_BODY ? m_inner.bodies[body].toleranceModifier : obstacleModifier());
     }
     return std::max(0.0, modifier + test.tolerance());
   }
 
-  void collectCandidates()
+  /// What collided last is likely to collide again.
+  bool asksLastColliding()
   {
-    std::vector<CInnerScene::CCandidate>& candidates = m_inner.candidates;
-    candidates.clear();
-    for (unsigned int i = 0; i < m_inner.pairs.size(); ++i)
+    const unsigned int pair = m_inner.lastColliding;
+    if (pair == NO_PAIR)
+      return false;
+    const unsigned int first = firstBody(pair), second = secondBody(pair);
+    const bool isSelf = first != NO_BODY && second != NO_BODY;
+    if ((isSelf && !m_query.testsSelfCollision) || (!isTested(first) && !isTested(second)))
+      return false;
+    m_inner.place(m_broadPhase.firstOf(pair));
+    m_inner.place(m_broadPhase.secondOf(pair));
+    if (m_broadPhase.lowerBound(pair) > toleranceOf(pair))
+      return false;
+    m_askedFirst = pair;
+    return isContact(pair);
+  }
+
+  /// Settles the pairs of two bodies that are clear by their volumes; the others wait for their turn.
+  void enterMovingPairs()
+  {
+    for (const unsigned int pair : m_broadPhase.movingPairs())
     {
-      const CPair& pair = m_inner.pairs[i];
-      const int first = m_inner.shapes[pair.first].body;
-      const int second = m_inner.shapes[pair.second].body;
-      const bool isSelf = first != NO_BODY && second != NO_BODY;
-      if ((isSelf && !m_query.testsSelfCollision) || (!isTested(first) && !isTested(second)))
+      if (!isTested(firstBody(pair)) && !isTested(secondBody(pair)))
         continue;
-      m_sharesDistances = m_sharesDistances || isSelf;
-      CInnerScene::CCandidate candidate;
-      candidate.tolerance = toleranceOf(pair);
-      candidate.lower = m_inner.ballDistance(pair) - candidate.tolerance;
-      candidate.pair = i;
-      if (candidate.lower <= 0.0 || m_query.wantsDistances())
-        candidates.push_back(candidate);
+      m_sharesDistances = true;
+      const ClumBroadPhase::CCandidate candidate = {m_broadPhase.lowerBound(pair), pair};
+      if (canMatter(candidate))
+        m_broadPhase.enter(pair, candidate.lower);
     }
-    // What collided last is likely to collide again: first, if it may.
-    for (CInnerScene::CCandidate& candidate : candidates)
-      if (m_inner.hasLastColliding && candidate.pair == m_inner.lastColliding && candidate.lower <= 0.0)
-        candidate.lower = -UNLIMITED;
-    std::sort(candidates.begin(), candidates.end());
+  }
+
+  /// Beyond the limit, nothing that stands still is of use to the body.
+  void updateLimit(unsigned int i_body)
+  {
+    const CBodyState& body = m_inner.bodies[i_body];
+    const double net = m_wantsDistances ? std::min(neededDistance(i_body, NO_BODY), body.distance + sag()) : 0.0;
+    m_broadPhase.limit(i_body, std::max(0.0, net) + body.largestTolerance);
+  }
+
+  /// What was passed over is at least beyond the limits.
+  void storeUnseen()
+  {
+    for (unsigned int body = 0; m_wantsDistances && body < m_inner.bodies.size(); ++body)
+      if (m_broadPhase.unseen(body) < UNLIMITED)
+      {
+        const double net = std::max(0.0, m_broadPhase.unseen(body) - m_inner.bodies[body].largestTolerance);
+        limit(m_inner.bodies[body], reportedFor(net), totalFor(net), true, nullptr, nullptr);
+      }
   }
 
   /// What the body still needs to know of its distance to something that stands still, or shares with another body.
-  double needOf(int i_body) const
-  {
-    const unsigned int rank = static_cast<unsigned int>(i_body);
-    return rank < m_query.needs.size() ? m_query.needs[rank] : UNLIMITED;
-  }
+  double needOf(unsigned int i_body) const { return i_body < m_query.needs.size() ? m_query.needs[i_body] : UNLIMITED; }
 
-  /// The net distance of the pair beyond which nothing is of use to the proof.
-  double neededDistance(const CPair& i_pair) const
+  /// The net distance of a pair of these bodies beyond which nothing is of use to the proof.
+  double neededDistance(unsigned int i_first, unsigned int i_second) const
   {
-    const int first = m_inner.shapes[i_pair.first].body;
-    const int second = m_inner.shapes[i_pair.second].body;
     double needed = -m_query.slack + sag();
-    if (first != NO_BODY)
-      needed += needOf(first);
-    if (second != NO_BODY)
-      needed += needOf(second);
+    if (i_first != NO_BODY)
+      needed += needOf(i_first);
+    if (i_second != NO_BODY)
+      needed += needOf(i_second);
     return m_query.isExact ? std::max(needed, RESOLVED_SLACKS * m_query.slack) : needed;
   }
+  double neededDistance(unsigned int i_pair) const { return neededDistance(firstBody(i_pair), secondBody(i_pair)); }
 
   /// The net distance of the pair above which it changes nothing of what is known.
-  double limitingDistance(const CPair& i_pair) const
+  double limitingDistance(unsigned int i_pair)
   {
-    const CBodyState* first = bodyOf(m_inner.shapes[i_pair.first]);
-    const CBodyState* second = bodyOf(m_inner.shapes[i_pair.second]);
+    const CBodyState* first = stateOf(firstBody(i_pair));
+    const CBodyState* second = stateOf(secondBody(i_pair));
     if (first && second)
       return std::max({first->distance + sag(), second->distance + sag(),
                        first->allowance + second->allowance - m_query.slack + sag()});
     return (first ? first : second)->distance + sag();
   }
 
-  /// False if the pair is clear by its balls and cannot bring anything down. Takes the balls' bound where it is enough.
-  bool canMatter(const CInnerScene::CCandidate& i_candidate)
+  /// False if the pair is clear by its volumes and cannot bring anything down. Takes their bound where it is enough.
+  bool canMatter(const ClumBroadPhase::CCandidate& i_candidate)
   {
-    if (i_candidate.lower <= 0.0)
+    const double net = i_candidate.lower - toleranceOf(i_candidate.pair);
+    if (!(net > 0.0))
       return true;
-    const CPair& pair = m_inner.pairs[i_candidate.pair];
-    if (!m_query.wantsDistances() || i_candidate.lower >= limitingDistance(pair))
+    if (!m_wantsDistances || net >= limitingDistance(i_candidate.pair))
       return false;
-    if (i_candidate.lower < neededDistance(pair))
+    if (net < neededDistance(i_candidate.pair))
       return true;
-    store(pair, i_candidate.lower, true, nullptr);
+    store(i_candidate.pair, net, true, nullptr);
     return false;
   }
 
-  bool isContact(const CInnerScene::CCandidate& i_candidate)
+  bool isContact(unsigned int i_pair)
   {
-    CPair& pair = m_inner.pairs[i_candidate.pair];
-    const double needed = m_query.wantsDistances() ? neededDistance(pair) : 0.0;
+    const double tolerance = toleranceOf(i_pair);
+    const double needed = m_wantsDistances ? neededDistance(i_pair) : 0.0;
     if (!(needed > 0.0))
     {
-      if (isWithinTolerance(pair, i_candidate.tolerance))
+      if (isWithinTolerance(i_pair, tolerance))
         return true;
-      if (m_query.wantsDistances())
-        store(pair, 0.0, true, nullptr);
+      if (m_wantsDistances)
+        store(i_pair, 0.0, true, nullptr);
       return false;
     }
-    const double limiting = limitingDistance(pair);
-    const double cap = std::min(needed, limiting);
-    const ClumDistanceResult found = measure(pair, cap + i_candidate.tolerance, i_candidate.tolerance);
-    const bool isNear = found.lower <= i_candidate.tolerance;
-    if (isNear && (found.upper <= i_candidate.tolerance || isWithinTolerance(pair, i_candidate.tolerance)))
+    const double cap = std::min(needed, limitingDistance(i_pair));
+    const ClumDistanceResult& found = measure(i_pair, cap + tolerance, tolerance);
+    const bool isNear = found.lower <= tolerance;
+    if (isNear && (found.upper <= tolerance || isWithinTolerance(i_pair, tolerance)))
       return true;
-    const double net = std::max(0.0, found.lower - i_candidate.tolerance);
-    store(pair, net, net >= needed && needed < UNLIMITED, found.hasPoints ? &found : nullptr);
+    const double net = std::max(0.0, found.lower - tolerance);
+    store(i_pair, net, net >= needed && needed < UNLIMITED, found.hasPoints ? &found : nullptr);
     return false;
+  }
+
+  CPair placed(unsigned int i_pair) const
+  {
+    const unsigned int first = m_broadPhase.firstOf(i_pair), second = m_broadPhase.secondOf(i_pair);
+    return {*m_inner.shapes[first].model, m_broadPhase.pose(first), *m_inner.shapes[second].model,
+            m_broadPhase.pose(second)};
   }
 
   /// Whether the pair touches, or cannot be shown to be farther apart than its tolerance.
-  bool isWithinTolerance(CPair& io_pair, double i_tolerance)
+  bool isWithinTolerance(unsigned int i_pair, double i_tolerance)
   {
-    const CShape& a = m_inner.shapes[io_pair.first];
-    const CShape& b = m_inner.shapes[io_pair.second];
-    ++s_countQueries;
-    if (i_tolerance == 0.0)
-      return m_inner.toolkit->areTouching(*a.model, m_inner.poses[io_pair.first], *b.model,
-                                          m_inner.poses[io_pair.second]);
     // Half as much again is asked for, so that the bound clears the tolerance in spite of its rounding.
-    const ClumDistanceResult found =
-      m_inner.toolkit->boundedDistance(*a.model, m_inner.poses[io_pair.first], *b.model, m_inner.poses[io_pair.second],
-                                       1.5 * i_tolerance, 0.0, i_tolerance, hintOf(io_pair));
-    keepHint(io_pair, found);
-    return found.lower <= i_tolerance;
-  }
-
-  const ClumDistanceResult* hintOf(const CPair& i_pair) const { return i_pair.hint.hasPoints ? &i_pair.hint : nullptr; }
-
-  static void keepHint(CPair& io_pair, const ClumDistanceResult& i_found)
-  {
-    if (i_found.hasPoints)
-      io_pair.hint = i_found;
-  }
-
-  ClumDistanceResult ask(CPair& io_pair, double i_cap, double i_accuracy, double i_stopBelow)
-  {
-    const CShape& a = m_inner.shapes[io_pair.first];
-    const CShape& b = m_inner.shapes[io_pair.second];
+    if (i_tolerance != 0.0)
+      return ask(i_pair, 1.5 * i_tolerance, 0.0, i_tolerance).lower <= i_tolerance;
     ++s_countQueries;
-    const ClumDistanceResult found =
-      m_inner.toolkit->boundedDistance(*a.model, m_inner.poses[io_pair.first], *b.model, m_inner.poses[io_pair.second],
-                                       i_cap, i_accuracy, i_stopBelow, hintOf(io_pair));
-    keepHint(io_pair, found);
-    return found;
+    const CPair pair = placed(i_pair);
+    return m_inner.toolkit->areTouching(pair.a, pair.poseA, pair.b, pair.poseB, &m_inner.memoryOf(i_pair).contact);
+  }
+
+  const ClumDistanceResult& ask(unsigned int i_pair, double i_cap, double i_accuracy, double i_stopBelow)
+  {
+    ++s_countQueries;
+    const CPair pair = placed(i_pair);
+    CMemory& memory = m_inner.memoryOf(i_pair);
+    m_found = m_inner.toolkit->boundedDistance(pair.a, pair.poseA, pair.b, pair.poseB, i_cap, i_accuracy, i_stopBelow,
+                                               memory.nearest.hasPoints ? &memory.nearest : nullptr);
+    if (m_found.hasPoints)
+      memory.nearest = m_found;
+    return m_found;
   }
 
   /// The distance as the query wants it: a bound for a proof, to the precision otherwise.
-  ClumDistanceResult measure(CPair& io_pair, double i_cap, double i_stopBelow)
+  const ClumDistanceResult& measure(unsigned int i_pair, double i_cap, double i_stopBelow)
   {
     const bool wantsExact =
       !m_query.isBoundEnough && (m_query.method >= CorvCollisionQuery::EXACT_DISTANCE || m_query.pointsMode != 0);
     if (!wantsExact)
-      return ask(io_pair, i_cap, CorvCollisionQuery::BOUND_ACCURACY, i_stopBelow);
+      return ask(i_pair, i_cap, CorvCollisionQuery::BOUND_ACCURACY, i_stopBelow);
     if (m_query.precision <= 0.0)
-      return ask(io_pair, i_cap, 0.0, i_stopBelow);
-    ClumDistanceResult found = ask(io_pair, i_cap, CorvCollisionQuery::BOUND_ACCURACY, i_stopBelow);
+      return ask(i_pair, i_cap, 0.0, i_stopBelow);
+    const ClumDistanceResult& found = ask(i_pair, i_cap, CorvCollisionQuery::BOUND_ACCURACY, i_stopBelow);
     if (found.lower < i_cap && found.lower > i_stopBelow && found.upper - found.lower > m_query.precision)
-      found = ask(io_pair, i_cap, 0.5 * m_query.precision / found.upper, i_stopBelow);
+      return ask(i_pair, i_cap, 0.5 * m_query.precision / found.upper, i_stopBelow);
     return found;
   }
 
+  double reportedFor(double i_net) const { return std::max(0.0, i_net - sag()); }
+  double totalFor(double i_net) const { return m_query.isExact ? i_net : i_net + m_query.slack; }
+
   /// Lets a pair's net distance limit its bodies.
-  void store(const CPair& i_pair, double i_net, bool i_isCapped, const ClumDistanceResult* i_points)
+  void store(unsigned int i_pair, double i_net, bool i_isCapped, const ClumDistanceResult* i_points)
   {
-    const CShape& a = m_inner.shapes[i_pair.first];
-    const CShape& b = m_inner.shapes[i_pair.second];
-    const double reported = std::max(0.0, i_net - sag());
-    const double total = m_query.isExact ? i_net : i_net + m_query.slack;
-    CBodyState* first = bodyOf(a);
-    CBodyState* second = bodyOf(b);
+    const unsigned int firstRank = firstBody(i_pair), secondRank = secondBody(i_pair);
+    const double reported = reportedFor(i_net);
+    const double total = totalFor(i_net);
+    CBodyState* first = stateOf(firstRank);
+    CBodyState* second = stateOf(secondRank);
     double firstShare = total;
     double secondShare = total;
     if (first && second)
-      share(total, std::min(first->allowance, needOf(a.body)), std::min(second->allowance, needOf(b.body)), firstShare,
-            secondShare);
+      share(total, std::min(first->allowance, needOf(firstRank)), std::min(second->allowance, needOf(secondRank)),
+            firstShare, secondShare);
     if (first)
-      limit(*first, reported, firstShare, i_isCapped, i_points, i_points ? &i_points->pointA : nullptr,
+      limit(*first, reported, firstShare, i_isCapped, i_points ? &i_points->pointA : nullptr,
             i_points ? &i_points->pointB : nullptr);
     if (second)
-      limit(*second, reported, secondShare, i_isCapped, i_points, i_points ? &i_points->pointB : nullptr,
+      limit(*second, reported, secondShare, i_isCapped, i_points ? &i_points->pointB : nullptr,
             i_points ? &i_points->pointA : nullptr);
+    if (first && m_isWalking)
+      updateLimit(firstRank);
+    if (second && m_isWalking)
+      updateLimit(secondRank);
   }
 
+  /// @param i_onBody the nearest points, or null.
   static void limit(CBodyState& io_body, double i_distance, double i_allowance, bool i_isCapped,
-                    const ClumDistanceResult* i_points, const ClumPoint3* i_onBody, const ClumPoint3* i_onOther)
+                    const ClumPoint3* i_onBody, const ClumPoint3* i_onOther)
   {
     if (i_distance < io_body.distance)
     {
       io_body.distance = i_distance;
-      io_body.hasPoints = i_points != nullptr;
-      if (i_points)
+      io_body.hasPoints = i_onBody != nullptr;
+      if (i_onBody)
       {
         io_body.onBody = *i_onBody;
         io_body.onOther = *i_onOther;
@@ -554,8 +604,13 @@ private:
   }
 
   CInnerScene& m_inner;
+  ClumBroadPhase& m_broadPhase;
   const CorvCollisionQuery& m_query;
+  const bool m_wantsDistances;
   bool m_sharesDistances = false;
+  bool m_isWalking = false;
+  unsigned int m_askedFirst = NO_PAIR;
+  ClumDistanceResult m_found;
 };
 
 CorvValidatorCfgLumScene::CorvValidatorCfgLumScene() = default;
@@ -612,9 +667,8 @@ void CorvValidatorCfgLumScene::willTestMotion() const
 {
   if (!m_inner)
     return;
-  m_inner->hasLastColliding = false;
-  for (CInnerScene::CPair& pair : m_inner->pairs)
-    pair.hint.hasPoints = false;
+  m_inner->lastColliding = NO_PAIR;
+  ++m_inner->epoch;
 }
 
 std::uint64_t CorvValidatorCfgLumScene::sceneStamp() const
@@ -626,17 +680,24 @@ std::uint64_t CorvValidatorCfgLumScene::sceneStamp() const
 
 CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData(const CorvDeviceShPtr& i_device) const
 {
+  const std::uint64_t latestStamp = lumLatestStamp();
+  const unsigned int bodiesVersion = bodiesVersionSum(*i_device);
+  const bool isSameDevice =
+    m_inner && m_inner->deviceVersion == i_device->version() && m_inner->bodiesVersion == bodiesVersion;
+  if (isSameDevice && m_inner->latestStamp == latestStamp && m_inner->testsSceneOf(*i_device, m_scene))
+    return m_inner.get();
   const ClumSceneShPtr scene = m_scene ? m_scene : i_device->collisionScene();
   if (!scene)
   {
     ClumLogManager::addError(__FILE__, __LINE__, "failed to check the config because a body has no scene");
     return nullptr;
   }
-  const unsigned int bodiesVersion = bodiesVersionSum(*i_device);
-  if (m_inner && m_inner->deviceVersion == i_device->version() && m_inner->bodiesVersion == bodiesVersion &&
-      m_inner->toolkit == i_device->collisionToolkit() && m_inner->scene.lock() == scene &&
-      m_inner->sceneVersion == scene->version() && m_inner->areStillsInPlace())
+  if (isSameDevice && m_inner->testsSceneOf(*i_device, m_scene) && m_inner->sceneVersion == scene->version() &&
+      m_inner->areStillsInPlace())
+  {
+    m_inner->latestStamp = latestStamp;
     return m_inner.get();
+  }
 
   std::unique_ptr<CInnerScene> inner(new CInnerScene);
   inner->scene = scene;
@@ -647,8 +708,15 @@ CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData
   if (rebuildInnerScene(*i_device, *inner).failed())
     return nullptr;
   inner->stamp = nextInnerSceneStamp();
+  inner->latestStamp = latestStamp;
   m_inner = std::move(inner);
   return m_inner.get();
+}
+
+lmStatus CorvValidatorCfgLumScene::refuse(const char* i_why)
+{
+  ClumLogManager::addError(__FILE__, __LINE__, std::string("failed to check the config because ") + i_why);
+  return -1;
 }
 
 lmStatus CorvValidatorCfgLumScene::rebuildInnerScene(const CorvDevice& i_device, CInnerScene& o_inner) const
@@ -659,24 +727,14 @@ lmStatus CorvValidatorCfgLumScene::rebuildInnerScene(const CorvDevice& i_device,
   {
     bodies.push_back(dynamic_cast<CorvBodyLumScene*>(body.get()));
     if (!bodies.back())
-    {
-      ClumLogManager::addError(__FILE__, __LINE__,
-                               "failed to check the config because a body is not a CorvBodyLumScene");
-      return -1;
-    }
+      return refuse("a body is not a CorvBodyLumScene");
     if (!m_scene && !bodies.back()->scene())
-    {
-      ClumLogManager::addError(__FILE__, __LINE__, "failed to check the config because a body has no scene");
-      return -1;
-    }
+      return refuse("a body has no scene");
   }
   const ClumSceneShPtr scene = o_inner.scene.lock();
   const std::vector<ClumScene::CTestPair>& testPairs = scene->testPairs();
   if (!o_inner.toolkit && !testPairs.empty())
-  {
-    ClumLogManager::addError(__FILE__, __LINE__, "failed to check the config because there is no collision toolkit");
-    return -1;
-  }
+    return refuse("there is no collision toolkit");
   if (testPairs.empty())
     return lmStatus();
 
@@ -686,19 +744,20 @@ lmStatus CorvValidatorCfgLumScene::rebuildInnerScene(const CorvDevice& i_device,
     std::pair<unsigned int, unsigned int> first;
     std::pair<unsigned int, unsigned int> second;
     if (!shapes.add(test.first, o_inner, first) || !shapes.add(test.second, o_inner, second))
-    {
-      ClumLogManager::addError(__FILE__, __LINE__,
-                               "failed to check the config because the collision toolkit cannot take a geometry");
-      return -1;
-    }
+      return refuse("the collision toolkit cannot take a geometry");
     const unsigned int testRank = static_cast<unsigned int>(o_inner.tests.size());
     o_inner.tests.push_back(test.parameters);
+    if (test.parameters->toleranceActivation())
+      o_inner.largestTestTolerance = std::max(o_inner.largestTestTolerance, test.parameters->tolerance());
     for (unsigned int a = first.first; a < first.second; ++a)
       for (unsigned int b = second.first; b < second.second; ++b)
         if (o_inner.shapes[a].body != NO_BODY || o_inner.shapes[b].body != NO_BODY)
-          o_inner.pairs.push_back({a, b, testRank, ClumDistanceResult()});
+        {
+          o_inner.broadPhase.addPair(a, b);
+          o_inner.memory.push_back({testRank, 0, ClumTrianglePair(), ClumDistanceResult()});
+        }
   }
-  o_inner.placeStillShapes();
+  o_inner.broadPhase.build();
   return lmStatus();
 }
 
@@ -706,42 +765,82 @@ bool CorvValidatorCfgLumScene::doValidateConfig(const CorvConfig& i_cfg, const C
                                                 const CorvValidationReportConstShPtr&,
                                                 CorvValidationReportShPtr& o_report) const
 {
-  if (isJudgedElsewhere(i_cfg, i_params))
-    return true;
   const CorvDeviceShPtr owner = device();
+  if (isJudgedElsewhere(i_cfg, i_params, owner))
+    return true;
   if (!owner)
     return false;
-  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner.get());
-  const CorvCollisionQuery parsed = record ? CorvCollisionQuery() : makeQuery(i_params);
-  const CorvCollisionQuery& query = record ? *record : parsed;
   CInnerScene* inner = updateInnerData(owner);
   if (!inner || owner->computeBodyPositions(i_cfg, inner->positions).failed())
     return false;
 
+  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner.get());
+  if (record)
+    return test(*owner, *inner, *record, o_report);
+  return test(*owner, *inner, makeQuery(i_params), o_report);
+}
+
+bool CorvValidatorCfgLumScene::test(const CorvDevice& i_device, CInnerScene& io_inner,
+                                    const CorvCollisionQuery& i_query, CorvValidationReportShPtr& o_report) const
+{
   ++s_countTests;
-  inner->placeMovingShapes();
-  CTest test(*inner, query);
-  bool isColliding = test.run(*owner);
-  const bool isTouching = isColliding;
-  if (!isColliding && query.distanceMode != 0)
-    isColliding = test.applyThresholds();
-  o_report = makeReport(*owner, *inner, query, isTouching, isColliding, test.sharesDistances());
+  CTest test(io_inner, i_query);
+  const bool isTouching = test.run(i_device);
+  const bool isColliding = isTouching || (i_query.distanceMode != 0 && test.applyThresholds());
+  const bool isVerdict =
+    i_query.distanceMode == 0 && i_query.pointsMode == 0 && (isTouching || !i_query.wantsDistances());
+  const CorvReportCfgCollisionShPtr known = isVerdict ? io_inner.verdicts[isTouching] : CorvReportCfgCollisionShPtr();
+  if (known && (!isTouching || io_inner.verdictPair == io_inner.lastColliding) &&
+      io_inner.answers(*known, i_query, test.sharesDistances()))
+  {
+    o_report = known;
+    return !isColliding;
+  }
+  const CorvReportCfgCollisionShPtr report =
+    isVerdict ? CorvReportCfgCollision::create() : blankReport(io_inner, i_query);
+  fillReport(i_device, io_inner, i_query, isTouching, isColliding, *report);
+  report->sharesDistances(test.sharesDistances());
+  if (isVerdict)
+  {
+    io_inner.verdicts[isTouching] = report;
+    if (isTouching)
+      io_inner.verdictPair = io_inner.lastColliding;
+  }
+  o_report = report;
   return !isColliding;
 }
 
-CorvReportCfgCollisionShPtr CorvValidatorCfgLumScene::makeReport(const CorvDevice& i_device, const CInnerScene& i_inner,
-                                                                 const CorvCollisionQuery& i_query, bool i_isTouching,
-                                                                 bool i_isColliding, bool i_sharesDistances) const
+/// A report to be filled: one that was given out before, if nobody holds it any more, or a new one.
+CorvReportCfgCollisionShPtr CorvValidatorCfgLumScene::blankReport(CInnerScene& io_inner,
+                                                                  const CorvCollisionQuery& i_query)
 {
-  CorvReportCfgCollisionPointsShPtr pointsReport;
   if (i_query.pointsMode != 0)
-    pointsReport = CorvReportCfgCollisionPoints::create();
-  const CorvReportCfgCollisionShPtr report =
-    pointsReport ? CorvReportCfgCollisionShPtr(pointsReport) : CorvReportCfgCollision::create();
-  report->specificBody(i_query.specificBody);
-  report->query(i_query);
-  report->stamps({i_inner.deviceVersion, i_inner.bodiesVersion, i_inner.stamp});
-  report->sharesDistances(i_sharesDistances);
+    return CorvReportCfgCollisionPoints::create();
+  for (CorvReportCfgCollisionShPtr& kept : io_inner.reports)
+    if (kept.use_count() == 1)
+    {
+      // Another thread may have been the last to let it go.
+      std::atomic_thread_fence(std::memory_order_acquire);
+      kept->clear();
+      return kept;
+    }
+  const CorvReportCfgCollisionShPtr fresh = CorvReportCfgCollision::create();
+  if (io_inner.reports.size() < KEPT_REPORTS)
+    io_inner.reports.push_back(fresh);
+  else
+    io_inner.reports[io_inner.nextReport++ % KEPT_REPORTS] = fresh;
+  return fresh;
+}
+
+void CorvValidatorCfgLumScene::fillReport(const CorvDevice& i_device, const CInnerScene& i_inner,
+                                          const CorvCollisionQuery& i_query, bool i_isTouching, bool i_isColliding,
+                                          CorvReportCfgCollision& o_report)
+{
+  o_report.specificBody(i_query.specificBody);
+  o_report.query(i_query);
+  o_report.stamps({i_inner.deviceVersion, i_inner.bodiesVersion, i_inner.stamp});
+  CorvReportCfgCollisionPoints* points =
+    i_query.pointsMode != 0 ? static_cast<CorvReportCfgCollisionPoints*>(&o_report) : nullptr;
 
   const bool hasAllowances = i_query.isProof() || i_query.reportsMaxAllowableDistances;
   const bool hasDistances = i_query.wantsDistances() && !i_isColliding;
@@ -751,24 +850,22 @@ CorvReportCfgCollisionShPtr CorvValidatorCfgLumScene::makeReport(const CorvDevic
     const bool isTested = i_query.specificBody < 0 || i_query.specificBody == static_cast<int>(i);
     if (isTested)
     {
-      report->appendToleranceModifier(body.toleranceModifier);
-      report->appendToleranceActivation(body.isToleranceActive);
+      o_report.appendToleranceModifier(body.toleranceModifier);
+      o_report.appendToleranceActivation(body.isToleranceActive);
     }
     if (hasDistances && (isTested || hasAllowances))
-      report->appendDistance(body.distance);
+      o_report.appendDistance(body.distance);
     if (hasDistances)
-      report->appendAllowance(body.allowance, body.isCapped);
-    if (hasDistances && isTested && pointsReport)
-      pointsReport->appendPoints(body.hasPoints ? body.onBody : NO_POINT, body.hasPoints ? body.onOther : NO_POINT);
+      o_report.appendAllowance(body.allowance, body.isCapped);
+    if (hasDistances && isTested && points)
+      points->appendPoints(body.hasPoints ? body.onBody : NO_POINT, body.hasPoints ? body.onOther : NO_POINT);
   }
   if (i_isTouching)
   {
-    const CInnerScene::CPair& pair = i_inner.pairs[i_inner.lastColliding];
-    const CInnerScene::CShape* a = &i_inner.shapes[pair.first];
-    const CInnerScene::CShape* b = &i_inner.shapes[pair.second];
+    const CInnerScene::CShape* a = &i_inner.shapes[i_inner.broadPhase.firstOf(i_inner.lastColliding)];
+    const CInnerScene::CShape* b = &i_inner.shapes[i_inner.broadPhase.secondOf(i_inner.lastColliding)];
     if (a->body == NO_BODY)
       std::swap(a, b);
-    report->contact({a->body, b->body, a->geometry, b->geometry});
+    o_report.contact({static_cast<int>(a->body), static_cast<int>(b->body), a->geometry, b->geometry});
   }
-  return report;
 }

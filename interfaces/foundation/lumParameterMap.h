@@ -52,6 +52,8 @@ public:
 
   /// True if the map itself, without its bases, holds nothing.
   bool empty() const { return m_entries.empty(); }
+  /// True if the map and its bases hold the pointer under this key and nothing else.
+  bool holdsOnlyPointer(const ClumStringKey& i_key) const;
   bool hasBool(const ClumStringKey& i_key) const;
   bool hasInt(const ClumStringKey& i_key) const;
   bool hasDouble(const ClumStringKey& i_key) const;

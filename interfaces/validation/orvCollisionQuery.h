@@ -62,4 +62,6 @@ struct LUM_API CorvCollisionQuery
   bool isProof() const { return device != nullptr; }
   /// True if the other query's answer, as far as thresholds and modes go, is the same.
   bool hasSameThresholds(const CorvCollisionQuery& i_other) const;
+  /// True if a report that keeps this query says the same of the other one.
+  bool isSameQuestion(const CorvCollisionQuery& i_other) const;
 };

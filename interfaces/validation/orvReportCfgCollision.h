@@ -84,6 +84,8 @@ public:
   /// What touches; null if nothing does.
   const CContact* contact() const { return m_contact.get(); }
   void contact(const CContact& i_contact) { m_contact.reset(new CContact(i_contact)); }
+  /// Makes the report what `create` gives, for one that nobody else holds.
+  void clear();
 
 protected:
   CorvReportCfgCollision() = default;

@@ -39,6 +39,11 @@ protected:
 
   /// For a corrected copy of a report.
   void changeToleranceModifier(unsigned int i_rank, double i_modifier) { m_toleranceModifiers[i_rank] = i_modifier; }
+  void clearTolerances()
+  {
+    m_toleranceModifiers.clear();
+    m_toleranceActivations.clear();
+  }
 
 private:
   int m_specificBody = NO_SPECIFIC_BODY;

@@ -63,7 +63,9 @@ protected:
   lmStatus init(const CorvValidatorCfgCollisionBaseWkPtr& i_weakPtr);
 
   /// True if another validation of the same device, on the validation space, judges the configuration.
-  bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params) const;
+  /// @param i_device that of this validator.
+  bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
+                         const CorvDeviceShPtr& i_device) const;
 
   static unsigned long s_countTests;
   static unsigned long s_countQueries;

@@ -8,9 +8,10 @@
 ///
 /// A validation moves nothing. The scene's tests are taken apart once, for a version of the device and the scene, into
 /// pairs of placed models; a configuration's body positions go to scratch memory and the placed pairs straight to the
-/// toolkit. The pair that collided last is asked first, then pairs in the order of the distance of their balls; a pair
-/// that cannot bring any distance down is not asked at all. A pair of two bodies counts only while
-/// "orvane.core.validator.cfg.collision.autocol-activation" is not false.
+/// toolkit. The pair that collided last is asked first, then the pairs that the broad phase finds, nearest first; once
+/// what is known of a body settles what it can use, no farther pair of it is looked at. A pair of two bodies counts
+/// only while "orvane.core.validator.cfg.collision.autocol-activation" is not false. Verdicts without distances are
+/// shared by the configurations that they were given to.
 class LUM_API CorvValidatorCfgLumScene : public CorvValidatorCfgCollisionBase
 {
   LUM_CONCRETE(CorvValidatorCfgLumScene, CorvValidatorCfgCollisionBase);
@@ -48,9 +49,13 @@ private:
   /// @return null, with a log entry, if the device's bodies cannot be tested.
   CInnerScene* updateInnerData(const CorvDeviceShPtr& i_device) const;
   lmStatus rebuildInnerScene(const CorvDevice& i_device, CInnerScene& o_inner) const;
-  CorvReportCfgCollisionShPtr makeReport(const CorvDevice& i_device, const CInnerScene& i_inner,
-                                         const CorvCollisionQuery& i_query, bool i_isTouching, bool i_isColliding,
-                                         bool i_sharesDistances) const;
+  /// Logs what a configuration cannot be checked for.
+  static lmStatus refuse(const char* i_why);
+  bool test(const CorvDevice& i_device, CInnerScene& io_inner, const CorvCollisionQuery& i_query,
+            CorvValidationReportShPtr& o_report) const;
+  static CorvReportCfgCollisionShPtr blankReport(CInnerScene& io_inner, const CorvCollisionQuery& i_query);
+  static void fillReport(const CorvDevice& i_device, const CInnerScene& i_inner, const CorvCollisionQuery& i_query,
+                         bool i_isTouching, bool i_isColliding, CorvReportCfgCollision& o_report);
 
   ClumSceneShPtr m_scene;
   mutable std::unique_ptr<CInnerScene> m_inner;

@@ -3,6 +3,7 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
 #include "foundation/lumScene.h"
+#include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvDevice.h"
 #include "kinematics/orvDof.h"
 #include "kinematics/orvJointAnchor.h"
@@ -94,15 +95,25 @@ CorvDeviceShPtr sixAxisArm()
   return deviceOf(base);
 }
 
-CorvDeviceShPtr twoFreeFlyers(const ClumGeometryShPtr& i_first, const ClumGeometryShPtr& i_second)
+CorvDeviceShPtr freeFlyers(const std::vector<ClumGeometryShPtr>& i_geometries)
 {
   const CorvJointShPtr root = CorvJointAnchor::create();
-  const CorvJointShPtr first = boundedFlyer(i_first), second = boundedFlyer(i_second);
-  EXPECT_TRUE(root->addJoint(first).succeeded());
-  EXPECT_TRUE(root->addJoint(second).succeeded());
-  const CorvDeviceShPtr device = deviceOf(root);
-  EXPECT_TRUE(device->innerCollisionScene()
-                ->addTestParameters(first->mobileGroup(), second->mobileGroup(), ClumScene::KEEP_EXISTING_TEST)
-                .succeeded());
+  for (const ClumGeometryShPtr& geometry : i_geometries)
+    EXPECT_TRUE(root->addJoint(boundedFlyer(geometry)).succeeded());
+  return deviceOf(root);
+}
+
+CorvDeviceShPtr twoFreeFlyers(const ClumGeometryShPtr& i_first, const ClumGeometryShPtr& i_second)
+{
+  const CorvDeviceShPtr device = freeFlyers({i_first, i_second});
+  EXPECT_TRUE(addSelfTest(device, 0, 1).succeeded());
   return device;
+}
+
+lmStatus addSelfTest(const CorvDeviceShPtr& i_device, unsigned int i_first, unsigned int i_second)
+{
+  const auto groupOf = [&](unsigned int i_rank)
+  { return boost::static_pointer_cast<CorvBodyLumScene>(i_device->body(i_rank))->mobileGroup(); };
+  return i_device->innerCollisionScene()->addTestParameters(groupOf(i_first), groupOf(i_second),
+                                                            ClumScene::KEEP_EXISTING_TEST);
 }
