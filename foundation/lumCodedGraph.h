@@ -5,6 +5,7 @@
 #include "foundation/lumMat4.h"
 #include "foundation/lumVersion.h"
 
+#include <algorithm>
 #include <cstring>
 #include <deque>
 #include <memory>
@@ -65,10 +66,14 @@ struct CCodedObject
   EState state = MENTIONED;
   ClumClassShPtr classObject;
   CCodedSpace space;
-  std::size_t place = 0; ///< in the text it came from
-  bool isDecoded = false;
+  std::size_t place = 0;     ///< in the text it came from
+  bool isDecoded = false;    ///< its `initWithCoder` has begun, or something else stands for it
   bool hasSoleOwner = false; ///< of a foreign graph: it was read as a part of one whole
   ClumCodableShPtr decoded;
+
+  bool isReadyMade(ClumCodableShPtr& o_object) const;
+  /// @return false if that was done before.
+  bool allocate();
 };
 
 /// Where reading stands in one space.
@@ -119,6 +124,7 @@ struct CCodedGraph
   std::vector<CCodedSpace*> writing{&root};
   std::vector<CReadingFrame> reading{CReadingFrame(root)};
   std::vector<std::size_t> underWay;      ///< objects whose `initWithCoder` runs, the outermost first
+  std::vector<std::size_t> promised;      ///< objects that were handed out before their `initWithCoder` began
   std::vector<ClumCodableShPtr> sleeping; ///< decoded, `awake` still to come
   std::size_t maximumDepth = NO_OBJECT;   ///< of objects within objects
   unsigned int depth = 0;                 ///< of nested `decodeObject` calls
@@ -164,10 +170,14 @@ struct CCodedGraph
   /// From now on a foreign graph decodes as null; the first reason goes to the log with the place.
   void refuse(const std::string& i_reason);
 
-  ClumCodableShPtr decode(std::size_t i_object, const ClumCoderShPtr& i_coder);
+  /// The object of a reference. One that is only known weakly is handed out as it was allocated, and read in its turn,
+  /// with its owner: so an object that is read finds what it owns complete.
+  ClumCodableShPtr decode(const CCodedReference& i_reference, const ClumCoderShPtr& i_coder);
   void awakeAll();
 
 private:
+  ClumCodableShPtr promise(std::size_t i_object);
+  ClumCodableShPtr decodeNow(std::size_t i_object, const ClumCoderShPtr& i_coder);
   std::size_t findRank(CReadingFrame& io_frame, const std::string& i_key) const;
 };
 

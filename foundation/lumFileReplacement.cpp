@@ -1,5 +1,6 @@
 #include "foundation/lumFileReplacement.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>

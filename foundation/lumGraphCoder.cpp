@@ -94,17 +94,56 @@ void CCodedGraph::refuse(const std::string& i_reason)
   ClumLogManager::addError("Cannot decode " + where + ": " + i_reason + ".");
 }
 
-ClumCodableShPtr CCodedGraph::decode(std::size_t i_object, const ClumCoderShPtr& i_coder)
+/// What stands for an object whose `initWithCoder` need not or cannot run.
+bool CCodedObject::isReadyMade(ClumCodableShPtr& o_object) const
 {
-  if (i_object == NO_OBJECT || isRefused)
+  if (isDecoded)
+    o_object = decoded;
+  else if (state == PINNED)
+    o_object = boost::const_pointer_cast<ClumCodable>(handle);
+  return isDecoded || state != WRITTEN;
+}
+
+bool CCodedObject::allocate()
+{
+  if (decoded)
+    return false;
+  decoded = boost::dynamic_pointer_cast<ClumCodable>(classObject->allocator()());
+  return true;
+}
+
+ClumCodableShPtr CCodedGraph::decode(const CCodedReference& i_reference, const ClumCoderShPtr& i_coder)
+{
+  if (i_reference.object == NO_OBJECT || isRefused)
     return ClumCodableShPtr();
+  if (depth > 0 && i_reference.isWeak)
+    return promise(i_reference.object);
+  ++depth;
+  const ClumCodableShPtr object = decodeNow(i_reference.object, i_coder);
+  for (std::size_t i = 0; depth == 1 && i < promised.size(); ++i)
+    decodeNow(promised[i], i_coder);
+  if (--depth == 0)
+    awakeAll();
+  return isRefused ? ClumCodableShPtr() : object;
+}
+
+ClumCodableShPtr CCodedGraph::promise(std::size_t i_object)
+{
   CCodedObject& object = objects[i_object];
-  if (object.isDecoded)
-    return object.decoded;
-  if (object.state == CCodedObject::PINNED)
-    return boost::const_pointer_cast<ClumCodable>(object.handle);
-  if (object.state != CCodedObject::WRITTEN)
-    return ClumCodableShPtr();
+  ClumCodableShPtr readyMade;
+  if (object.isReadyMade(readyMade))
+    return readyMade;
+  if (object.allocate())
+    promised.push_back(i_object);
+  return object.decoded;
+}
+
+ClumCodableShPtr CCodedGraph::decodeNow(std::size_t i_object, const ClumCoderShPtr& i_coder)
+{
+  CCodedObject& object = objects[i_object];
+  ClumCodableShPtr readyMade;
+  if (object.isReadyMade(readyMade) || isRefused)
+    return readyMade;
   if (underWay.size() >= maximumDepth)
   {
     refuse("it holds objects within objects to a depth of more than " + std::to_string(maximumDepth));
@@ -112,8 +151,8 @@ ClumCodableShPtr CCodedGraph::decode(std::size_t i_object, const ClumCoderShPtr&
   }
 
   // Known before its fields are read, so that the graph's cycles close on it.
+  object.allocate();
   object.isDecoded = true;
-  object.decoded = boost::dynamic_pointer_cast<ClumCodable>(object.classObject->allocator()());
   const ClumCodableShPtr decoded = object.decoded;
   const std::size_t level = reading.size();
   reading.emplace_back(object.space);
@@ -139,6 +178,7 @@ void CCodedGraph::awakeAll()
 {
   std::vector<ClumCodableShPtr> decoded;
   decoded.swap(sleeping);
+  promised.clear();
   if (isRefused)
   {
     for (CCodedObject& object : objects)
@@ -283,19 +323,10 @@ bool ClumGraphCoder::hasKey(const std::string& i_key)
   return m_graph->look(i_key, false) != nullptr;
 }
 
-ClumCodableShPtr ClumGraphCoder::decodeRank(std::size_t i_object)
-{
-  ++m_graph->depth;
-  ClumCodableShPtr object = m_graph->decode(i_object, self());
-  if (--m_graph->depth == 0)
-    m_graph->awakeAll();
-  return object;
-}
-
 ClumCodableShPtr ClumGraphCoder::decodeObject(const std::string& i_key)
 {
   const CCodedReference* reference = m_graph->find<CCodedReference>(i_key);
-  return reference ? decodeRank(reference->object) : ClumCodableShPtr();
+  return reference ? m_graph->decode(*reference, self()) : ClumCodableShPtr();
 }
 
 ClumCodableShPtr ClumGraphCoder::decodeHeldObject(const std::string& i_key, EHold i_hold,
@@ -312,7 +343,7 @@ ClumCodableShPtr ClumGraphCoder::decodeHeldObject(const std::string& i_key, EHol
   if (i_hold == SOLE && object.hasSoleOwner)
     m_graph->refuse("'" + i_key + "' is an object that is already part of another");
   object.hasSoleOwner = object.hasSoleOwner || i_hold == SOLE;
-  const ClumCodableShPtr decoded = decodeRank(reference->object);
+  const ClumCodableShPtr decoded = m_graph->decode(*reference, self());
   if (decoded && i_isFitting(*decoded))
     return decoded;
   m_graph->refuse("'" + i_key + "' is an object of class " + object.classObject->name() + ", which has no place here");

@@ -4,6 +4,7 @@
 #include "foundation/lumXMLText.h"
 
 #include <charconv>
+#include <cstdint>
 #include <pugixml.hpp>
 
 namespace

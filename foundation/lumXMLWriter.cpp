@@ -3,7 +3,7 @@
 #include "foundation/lumXMLText.h"
 
 #include <charconv>
-#include <cmath>
+#include <cstdint>
 
 namespace
 {

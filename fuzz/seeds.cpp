@@ -30,11 +30,12 @@ CorvPathShPtr seedPath(const CorvDeviceShPtr& i_device)
   return path;
 }
 
+/// What holds a pointer, as builders do, has no file.
 bool writeSeed(const ClumCodableConstShPtr& i_object, const std::filesystem::path& i_file)
 {
   const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
   coder->encodeObjectShPtr(i_object, "object");
-  return coder->writeToFile(i_file.string()).succeeded();
+  return coder->data().empty() || coder->writeToFile(i_file.string()).succeeded();
 }
 } // namespace
 

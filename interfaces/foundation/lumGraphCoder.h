@@ -85,5 +85,4 @@ protected:
 private:
   ClumCodableShPtr decodeHeldObject(const std::string& i_key, EHold i_hold,
                                     bool (*i_isFitting)(const ClumObject&)) override;
-  ClumCodableShPtr decodeRank(std::size_t i_object);
 };
