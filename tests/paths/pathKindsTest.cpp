@@ -130,7 +130,8 @@ CorvAbstractPathShPtr makeSequenceOnArm()
 
 CorvAbstractPathShPtr makeRestriction()
 {
-  const CorvCSCompositeShPtr space = makeMixedSpace();
+  const CorvCSCompositeShPtr space =
+    makeSpace({makeDof({false, false, 1.0}), makeSpace({makeDof({true, false, 2.0}), makeDof({true, true, 1.0})})});
   const CorvDirectPathShPtr whole = steered(space);
   return whole && whole->extractTo(0.75 * whole->length()).succeeded()
            ? CorvDPRestriction::create(whole, space->subspace(1))

@@ -8,6 +8,7 @@
 #include "paths/orvPath.h"
 #include "paths/orvSMLinear.h"
 #include "paths/orvSteeringMethod.h"
+#include "support/allocations.h"
 #include "support/devices.h"
 #include "support/logCapture.h"
 #include "support/pathRecorder.h"
@@ -334,6 +335,59 @@ TEST(CorvPath, ACutAtItsLengthKeepsTheBitsOfTheEnd)
     }
     ASSERT_TRUE(path->extractTo(path->length()).succeeded());
     ASSERT_EQ(path->configuration(3).dofValues(), end);
+  }
+}
+
+TEST(CorvPath, LocatesOnALongChainWithoutAllocating)
+{
+  const CorvConfigSpaceShPtr space = makePlane();
+  constexpr unsigned int COUNT = 10000;
+  const CorvPathShPtr path = CorvPath::create(space);
+  for (unsigned int i = 0; i <= COUNT; ++i)
+    ASSERT_TRUE(path->addConfiguration(CorvConfig(space, {0.1 * i, i % 2 ? 0.3 : 0.0})).succeeded());
+  const double whole = path->length();
+  CorvConfig cfg(space);
+  ASSERT_TRUE(path->getConfigAtDistance(0.5 * whole, cfg).succeeded());
+  CorvUtility::randomSeed(4);
+  const std::size_t before = countAllocations();
+  for (int i = 0; i < 100; ++i)
+  {
+    double distance = CorvUtility::random(0.0, 1.0) * whole;
+    const double x = 0.1 * COUNT * distance / whole;
+    unsigned int rank = 0;
+    EXPECT_TRUE(path->getConfigAtDistance(distance, cfg).succeeded());
+    EXPECT_NEAR(cfg.dofValue(0), x, 1e-6);
+    const CorvDirectPathConstShPtr found = path->directPathAtDistance(distance, rank);
+    EXPECT_EQ(found, path->directPath(rank));
+    EXPECT_NEAR(0.1 * (rank + distance / path->directPath(rank)->length()), x, 1e-6);
+  }
+  EXPECT_EQ(countAllocations() - before, 0u);
+}
+
+TEST(CorvPath, CutsAndReplacesAtItsEndsEvenWhereMotionsHaveNoLength)
+{
+  const CorvConfigSpaceShPtr space = makePlane();
+  const std::vector<double> a = {0.0, 0.0}, b = {1.0, 0.0}, c = {1.0, 2.0};
+  const CorvPathShPtr path = pathThrough(space, {a, a, b, c, c});
+  for (const double from : {3.0, 4.0})
+  {
+    const CorvPathShPtr end = CorvPath::createByExtractingFrom(path, from);
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->countDirectPaths(), 0u);
+    EXPECT_EQ(end->configAtStart()->dofValues(), c);
+  }
+  EXPECT_EQ(CorvPath::createByExtractingFrom(path, 0.0)->countDirectPaths(), 4u);
+  EXPECT_EQ(CorvPath::createByExtractingFrom(path, 1.0)->countDirectPaths(), 2u);
+  EXPECT_EQ(CorvPath::createByExtractingTo(path, 1.0)->countDirectPaths(), 2u);
+  EXPECT_EQ(CorvPath::createByExtracting(path, 9.0, 10.0)->countConfigurations(), 1u);
+
+  const CorvPathShPtr point = CorvPath::createWithConfig(CorvConfig(space, a));
+  const CorvPathShPtr detour = pathThrough(space, {a, b, a});
+  for (const double at : {-2.0, 0.0, 2.0})
+  {
+    const CorvPathShPtr replaced = CorvPath::createCopy(point);
+    ASSERT_TRUE(replaced->replacePart(at, at, detour).succeeded()) << at;
+    EXPECT_EQ(replaced->countDirectPaths(), 2u);
   }
 }
 
