@@ -13,7 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <cstring>
 #include <map>
 #include <typeinfo>
 
@@ -29,7 +29,7 @@ constexpr double LEVER_ROUNDING = 1e-12;
 constexpr unsigned int MAX_NEWTON_STEPS = 4;
 /// Newton's steps end once one gains less than this part.
 constexpr double NEWTON_GAIN = 1e-3;
-constexpr double HALF_TURN = 3.14159265358979323846;
+constexpr double QUARTER_TURN = 1.57079632679489661923;
 
 /// True if the object is of one of the classes itself: a class derived from them may do something else.
 template <class... CLASSES>
@@ -59,37 +59,67 @@ void shiftFrame(ClumMat4& io_frame, const ClumVect3& i_shift)
   io_frame.setTranslation(io_frame.translation() + io_frame * i_shift);
 }
 
-/// Multiplies by the three rotations about x, y and z, noting each axis where it stands when its turn comes.
-template <class TURN>
-void turnFrameThrice(ClumMat4& io_frame, const double* i_angles, unsigned int i_count, TURN* o_turns)
+/// Multiplies by the rotations about x, y and z, noting each axis where it stands when its turn comes.
+void turnFrameByAngles(ClumMat4& io_frame, const double* i_angles, unsigned int i_count, ClumVect3* o_axes)
 {
   static constexpr ClumMat4::EBaseVector AXES[3] = {ClumMat4::X_AXIS, ClumMat4::Y_AXIS, ClumMat4::Z_AXIS};
   for (unsigned int i = 0; i < i_count; ++i)
   {
-    if (o_turns)
-      o_turns[i].axis = io_frame.axis(AXES[i]);
+    o_axes[i] = io_frame.axis(AXES[i]);
     turnFrame(io_frame, i, i_angles[i]);
   }
+}
+
+/// A chord of the unit circle: at least 2·sin(min(angle, pi) / 2), too long by at most 7e-10 of itself. As a function
+/// of the angle it never falls and is concave. @param o_slope its derivative.
+///
+/// Two more terms than a sine needs here are left out: the partial sum of its series that ends in y^13 lies above it,
+/// and is concave up to a quarter turn.
+double chordOfTurn(double i_angle, double& o_slope)
+{
+  const double y = std::min(0.5 * i_angle, QUARTER_TURN);
+  const double z = y * y;
+  const double sine =
+    y *
+    (1.0 + z * (-1.0 / 6.0 +
+                z * (1.0 / 120.0 +
+                     z * (-1.0 / 5040.0 + z * (1.0 / 362880.0 + z * (-1.0 / 39916800.0 + z * (1.0 / 6227020800.0)))))));
+  const double cosine =
+    1.0 +
+    z * (-1.0 / 2.0 + z * (1.0 / 24.0 + z * (-1.0 / 720.0 +
+                                             z * (1.0 / 40320.0 + z * (-1.0 / 3628800.0 + z * (1.0 / 479001600.0))))));
+  o_slope = y < QUARTER_TURN ? cosine : 0.0;
+  return 2.0 * sine;
+}
+
+/// Keeps the numbers. @return true if they were the ones kept before.
+bool isKept(const double* i_numbers, std::vector<double>& io_kept)
+{
+  if (std::memcmp(i_numbers, io_kept.data(), io_kept.size() * sizeof(double)) == 0)
+    return true;
+  std::copy(i_numbers, i_numbers + io_kept.size(), io_kept.begin());
+  return false;
+}
+
+/// The direction in the coordinates of a frame.
+ClumVect3 turnedBack(const ClumMat4& i_frame, const ClumVect3& i_direction)
+{
+  return ClumVect3(i_frame.axis(ClumMat4::X_AXIS).scalarProduct(i_direction),
+                   i_frame.axis(ClumMat4::Y_AXIS).scalarProduct(i_direction),
+                   i_frame.axis(ClumMat4::Z_AXIS).scalarProduct(i_direction));
 }
 } // namespace
 
 CorvDeviceTable::CorvDeviceTable(const CorvJointConstShPtr& i_root, const CorvConfigSpace& i_space)
+  : m_values(i_space.size()), m_rates(i_space.size())
 {
   if (i_root)
     addJoint(*i_root, -1, i_space);
   m_frames.resize(m_joints.size());
   m_motions.resize(m_joints.size());
   m_bounds.resize(m_bodies.size());
-  std::size_t countTerms = 0, countPoints = 0;
-  for (const CBodyRow& body : m_bodies)
-  {
-    for (int j = m_joints[body.joint].mover; j >= 0;
-         j = m_joints[j].parent < 0 ? -1 : m_joints[m_joints[j].parent].mover)
-      ++countTerms;
-    countPoints = std::max(countPoints, body.points.size());
-  }
-  m_terms.resize(countTerms);
-  m_points.resize(countPoints);
+  for (std::size_t j = 0; j < m_joints.size(); ++j)
+    m_motions[j].countTurns = m_joints[j].countTurns;
 }
 
 void CorvDeviceTable::addJoint(const CorvJoint& i_joint, int i_parent, const CorvConfigSpace& i_space)
@@ -112,6 +142,7 @@ void CorvDeviceTable::addJoint(const CorvJoint& i_joint, int i_parent, const Cor
   row.mover = row.countDofs > 0 ? static_cast<int>(rank) : i_parent < 0 ? -1 : m_joints[i_parent].mover;
   row.isFixedIdentity = row.fixed == ClumMat4::IDENTITY;
   setKind(row);
+  m_hasOtherEffects = m_hasOtherEffects || row.kind == OTHER;
   m_joints.push_back(row);
   if (i_joint.attachedBody())
     addBody(*i_joint.attachedBody(), rank);
@@ -124,6 +155,7 @@ void CorvDeviceTable::setKind(CJointRow& io_row)
   const CorvKinematicalEffect& effect = *io_row.effect;
   io_row.axis = 0;
   io_row.sign = 1.0;
+  io_row.countTurns = 0;
   if (io_row.countDofs == 0)
     io_row.kind = FIXED;
   else if (isEffectExactly<CorvKERotateX, CorvKERotateY, CorvKERotateZ, CorvKERotateInverseX, CorvKERotateInverseY,
@@ -131,6 +163,7 @@ void CorvDeviceTable::setKind(CJointRow& io_row)
   {
     const CorvKERotateAxis& rotation = static_cast<const CorvKERotateAxis&>(effect);
     io_row.kind = ROTATION;
+    io_row.countTurns = 1;
     io_row.axis = rotation.axis();
     io_row.sign = rotation.sign();
   }
@@ -143,13 +176,25 @@ void CorvDeviceTable::setKind(CJointRow& io_row)
     io_row.sign = translation.sign();
   }
   else if (isEffectExactly<CorvKERotateXY>(effect))
+  {
     io_row.kind = DOUBLE_ROTATION;
+    io_row.countTurns = 2;
+  }
   else if (isEffectExactly<CorvKERotateTaitBryant>(effect))
+  {
     io_row.kind = THREE_ROTATIONS;
+    io_row.countTurns = 3;
+  }
   else if (isEffectExactly<CorvKEPlan>(effect))
+  {
     io_row.kind = PLANE;
+    io_row.countTurns = 1;
+  }
   else if (isEffectExactly<CorvKEFreeFlyer>(effect))
+  {
     io_row.kind = FREE;
+    io_row.countTurns = 3;
+  }
   else
     io_row.kind = OTHER;
 }
@@ -158,22 +203,29 @@ void CorvDeviceTable::addBody(const CorvBody& i_body, unsigned int i_joint)
 {
   CBodyRow row;
   row.joint = i_joint;
+  row.mover = m_joints[i_joint].mover;
   row.relative = i_body.relativePosition();
   row.isFixedIdentity = row.relative == ClumMat4::IDENTITY;
   if (i_body.configSpace()->size() > 0)
     m_hasRigidBodies = false;
   setPoints(i_body, row);
+  addTerms(row);
   m_bodies.push_back(std::move(row));
 }
 
-/// Gathers the centres of the enclosing balls by radius; too many become the corners of their box.
+/// Gathers the centres of the enclosing balls by radius; too many become the corners of their box. Those in the same
+/// places are kept once.
 void CorvDeviceTable::setPoints(const CorvBody& i_body, CBodyRow& o_row)
 {
   std::vector<CorvBody::CEnclosingBall> balls;
   i_body.getEnclosingBalls(balls);
   std::map<double, std::vector<ClumPoint3>> byRadius;
   for (const CorvBody::CEnclosingBall& ball : balls)
-    byRadius[ball.radius].push_back(ball.center);
+  {
+    std::vector<ClumPoint3>& points = byRadius[ball.radius];
+    if (std::find(points.begin(), points.end(), ball.center) == points.end())
+      points.push_back(ball.center);
+  }
   if (balls.size() > MAX_ENCLOSING_POINTS)
   {
     ClumPoint3 low = balls[0].center, high = low;
@@ -188,23 +240,48 @@ void CorvDeviceTable::setPoints(const CorvBody& i_body, CBodyRow& o_row)
       byRadius[0.0].emplace_back(corner & 1 ? high.x() : low.x(), corner & 2 ? high.y() : low.y(),
                                  corner & 4 ? high.z() : low.z());
   }
+  ClumMat4 frame = o_row.relative;
+  for (int j = static_cast<int>(o_row.joint); j >= 0 && j != o_row.mover; j = m_joints[j].parent)
+    frame = m_joints[j].fixed * frame;
   for (const auto& [radius, points] : byRadius)
   {
-    o_row.groups.push_back(
-      CPointGroup{static_cast<unsigned int>(o_row.points.size()), static_cast<unsigned int>(points.size()), radius});
-    o_row.points.insert(o_row.points.end(), points.begin(), points.end());
+    CPointGroup group{static_cast<unsigned int>(o_row.points.size()), static_cast<unsigned int>(points.size()), radius,
+                      0.0};
+    for (const ClumPoint3& point : points)
+    {
+      o_row.points.push_back(frame * point);
+      group.reach = std::max(group.reach, o_row.points.back().toVect3().norm());
+    }
+    o_row.groups.push_back(group);
   }
+}
+
+/// One term for each joint on the way to the root that turns the body.
+void CorvDeviceTable::addTerms(CBodyRow& io_body)
+{
+  io_body.firstTerm = static_cast<unsigned int>(m_terms.size());
+  for (int j = io_body.points.empty() ? -1 : io_body.mover; j >= 0;)
+  {
+    const CJointRow& row = m_joints[j];
+    CTerm term{static_cast<unsigned int>(j), j == io_body.mover, row.countTurns, false, {0.0, 0.0, 0.0}, 0.0};
+    if (term.isOwn)
+      setOwnLevers(io_body, row, term);
+    m_terms.push_back(term);
+    const int parent = m_joints[j].parent;
+    j = parent < 0 ? -1 : m_joints[parent].mover;
+  }
+  io_body.countTerms = static_cast<unsigned int>(m_terms.size()) - io_body.firstTerm;
 }
 
 void CorvDeviceTable::computeJointPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const
 {
-  o_positions.resize(m_joints.size());
-  place(i_values, o_positions.data(), false);
+  place(i_values);
+  o_positions = m_frames;
 }
 
 void CorvDeviceTable::computeBodyPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const
 {
-  place(i_values, m_frames.data(), false);
+  place(i_values);
   o_positions.resize(m_bodies.size());
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
@@ -213,45 +290,49 @@ void CorvDeviceTable::computeBodyPositions(const double* i_values, std::vector<C
   }
 }
 
-void CorvDeviceTable::place(const double* i_values, ClumMat4* o_frames, bool i_withAxes) const
+/// Sets all frames, and the axes of the turns.
+void CorvDeviceTable::place(const double* i_values) const
 {
+  if (isKept(i_values, m_values) && m_isPlaced && !m_hasOtherEffects)
+    return;
+  m_isPlaced = true;
+  for (CTerm& term : m_terms)
+    term.isCurrent = false;
   for (std::size_t j = 0; j < m_joints.size(); ++j)
   {
     const CJointRow& row = m_joints[j];
     if (row.parent < 0)
-      o_frames[j] = row.fixed;
+      m_frames[j] = row.fixed;
     else
-      o_frames[j] = row.isFixedIdentity ? o_frames[row.parent] : o_frames[row.parent] * row.fixed;
-    applyEffect(row, i_values + row.firstDof, o_frames[j], i_withAxes ? m_motions[j].turns : nullptr);
+      m_frames[j] = row.isFixedIdentity ? m_frames[row.parent] : m_frames[row.parent] * row.fixed;
+    applyEffect(row, i_values + row.firstDof, m_frames[j], m_motions[j].axes);
   }
 }
 
-/// Multiplies a frame by an effect on the right. @param o_turns null, or takes the axes of rotation.
-void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, CTurn* o_turns)
+/// Multiplies a frame by an effect on the right. @param o_axes takes the axes of its rotations.
+void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, ClumVect3* o_axes)
 {
   switch (i_row.kind)
   {
   case FIXED: break;
   case ROTATION:
-    if (o_turns)
-      o_turns[0].axis = io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis));
+    o_axes[0] = io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis));
     turnFrame(io_frame, i_row.axis, i_row.sign * i_values[0]);
     break;
   case TRANSLATION:
     io_frame.setTranslation(io_frame.translation() +
                             io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis)) * (i_row.sign * i_values[0]));
     break;
-  case DOUBLE_ROTATION: turnFrameThrice(io_frame, i_values, 2, o_turns); break;
-  case THREE_ROTATIONS: turnFrameThrice(io_frame, i_values, 3, o_turns); break;
+  case DOUBLE_ROTATION: turnFrameByAngles(io_frame, i_values, 2, o_axes); break;
+  case THREE_ROTATIONS: turnFrameByAngles(io_frame, i_values, 3, o_axes); break;
   case PLANE:
     shiftFrame(io_frame, ClumVect3(i_values[0], i_values[1], 0.0));
-    if (o_turns)
-      o_turns[0].axis = io_frame.axis(ClumMat4::Z_AXIS);
+    o_axes[0] = io_frame.axis(ClumMat4::Z_AXIS);
     turnFrame(io_frame, 2, i_values[2]);
     break;
   case FREE:
     shiftFrame(io_frame, ClumVect3(i_values[0], i_values[1], i_values[2]));
-    turnFrameThrice(io_frame, i_values + 3, 3, o_turns);
+    turnFrameByAngles(io_frame, i_values + 3, 3, o_axes);
     break;
   case OTHER:
   {
@@ -263,29 +344,39 @@ void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values
   }
 }
 
-lmStatus CorvDeviceTable::boundedMove(const double* i_values, const double* i_rates, double i_rest,
-                                      double* io_maxDistances, double& o_advance) const
+/// Places the joints and sets their motions. @return -1 where no bound is known.
+lmStatus CorvDeviceTable::prepare(const double* i_values, const double* i_rates) const
 {
   if (!m_hasRigidBodies)
     return lmStatus::FAILURE;
-  for (std::size_t j = 0; j < m_joints.size(); ++j)
-    if (setRates(m_joints[j], i_rates + m_joints[j].firstDof, m_motions[j]).failed())
-      return lmStatus::FAILURE;
-  place(i_values, m_frames.data(), true);
+  if (!isKept(i_rates, m_rates) || !m_hasRates || m_hasOtherEffects)
+  {
+    m_hasRates = false;
+    for (std::size_t j = 0; j < m_joints.size(); ++j)
+      if (setRates(m_joints[j], i_rates + m_joints[j].firstDof, m_motions[j]).failed())
+        return lmStatus::FAILURE;
+    m_hasRates = true;
+    m_advance = -1.0;
+  }
+  place(i_values);
+  return lmStatus();
+}
 
-  const double infinity = std::numeric_limits<double>::infinity();
-  unsigned int countTerms = 0;
+lmStatus CorvDeviceTable::boundedMove(const double* i_values, const double* i_rates, double i_rest,
+                                      double* io_maxDistances, double& o_advance) const
+{
+  const lmStatus status = prepare(i_values, i_rates);
+  if (status.failed())
+    return status;
   double advance = i_rest;
-  setAdvance(advance);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
-    CBound& bound = m_bounds[b];
-    bound = CBound{0.0, 0.0, countTerms, 0};
-    if (m_bodies[b].points.empty() || io_maxDistances[b] == infinity)
+    m_bounds[b] = CBound{0.0, 0.0};
+    if (std::isinf(io_maxDistances[b]) && io_maxDistances[b] > 0.0)
       continue;
-    makeBound(m_bodies[b], bound);
-    countTerms += bound.countTerms;
-    advance = std::min(advance, advanceWithin(std::max(io_maxDistances[b], 0.0), bound, advance));
+    setLevers(m_bodies[b]);
+    m_bounds[b] = boundOf(m_bodies[b]);
+    advance = std::min(advance, advanceWithin(std::max(io_maxDistances[b], 0.0), m_bodies[b], m_bounds[b], advance));
   }
 
   setAdvance(advance);
@@ -293,10 +384,26 @@ lmStatus CorvDeviceTable::boundedMove(const double* i_values, const double* i_ra
   {
     double slope;
     if (m_bounds[b].slopeAtZero > 0.0)
-      io_maxDistances[b] = std::max(0.0, io_maxDistances[b] - displacement(m_bounds[b], slope));
+      io_maxDistances[b] = std::max(0.0, io_maxDistances[b] - displacement(m_bodies[b], m_bounds[b], slope));
   }
   o_advance = advance;
   return lmStatus();
+}
+
+lmStatus CorvDeviceTable::boundDisplacements(const double* i_values, const double* i_rates, double i_rest,
+                                             double* o_moved) const
+{
+  const lmStatus status = prepare(i_values, i_rates);
+  if (status.failed())
+    return status;
+  setAdvance(i_rest);
+  for (std::size_t b = 0; b < m_bodies.size(); ++b)
+  {
+    setLevers(m_bodies[b]);
+    double slope;
+    o_moved[b] = displacement(m_bodies[b], boundOf(m_bodies[b]), slope);
+  }
+  return status;
 }
 
 /// Sets all of a motion but its axes.
@@ -304,25 +411,22 @@ lmStatus CorvDeviceTable::setRates(const CJointRow& i_row, const double* i_rates
 {
   io_motion.isMoving = false;
   io_motion.linear = 0.0;
-  io_motion.countTurns = 0;
   io_motion.hasWhole = false;
   io_motion.whole.rate = 0.0;
   const double* angular = i_rates;
   switch (i_row.kind)
   {
   case FIXED: return lmStatus();
-  case ROTATION: io_motion.countTurns = 1; break;
+  case ROTATION: break;
   case TRANSLATION: io_motion.linear = i_rates[0]; break;
-  case DOUBLE_ROTATION: io_motion.countTurns = 2; break;
-  case THREE_ROTATIONS: io_motion.countTurns = 3; break;
+  case DOUBLE_ROTATION: break;
+  case THREE_ROTATIONS: break;
   case PLANE:
     io_motion.linear = std::sqrt(i_rates[0] * i_rates[0] + i_rates[1] * i_rates[1]);
-    io_motion.countTurns = 1;
     angular = i_rates + 2;
     break;
   case FREE:
     io_motion.linear = std::sqrt(i_rates[0] * i_rates[0] + i_rates[1] * i_rates[1] + i_rates[2] * i_rates[2]);
-    io_motion.countTurns = 3;
     angular = i_rates + 3;
     break;
   case OTHER:
@@ -344,56 +448,98 @@ lmStatus CorvDeviceTable::setRates(const CJointRow& i_row, const double* i_rates
   return lmStatus();
 }
 
-/// Collects what moves a body, with today's levers.
-void CorvDeviceTable::makeBound(const CBodyRow& i_body, CBound& o_bound) const
+/// Brings the levers of a body's terms to the placing, where its joints move.
+void CorvDeviceTable::setLevers(const CBodyRow& i_body) const
 {
-  const ClumMat4 frame = i_body.isFixedIdentity ? m_frames[i_body.joint] : m_frames[i_body.joint] * i_body.relative;
-  for (std::size_t p = 0; p < i_body.points.size(); ++p)
-    m_points[p] = frame * i_body.points[p];
-  for (int j = m_joints[i_body.joint].mover; j >= 0;)
+  for (unsigned int t = i_body.firstTerm; t < i_body.firstTerm + i_body.countTerms; ++t)
   {
-    const CMotion& motion = m_motions[j];
-    o_bound.linear += motion.linear;
-    if (motion.isMoving && (motion.countTurns > 0 || motion.hasWhole))
-    {
-      CTerm& term = m_terms[o_bound.firstTerm + o_bound.countTerms++];
-      term.joint = static_cast<unsigned int>(j);
-      setLevers(i_body, term);
-      o_bound.slopeAtZero += slopeAtZero(term);
-    }
-    const int parent = m_joints[j].parent;
-    j = parent < 0 ? -1 : m_joints[parent].mover;
+    CTerm& term = m_terms[t];
+    if (term.isCurrent || !m_motions[term.joint].isMoving)
+      continue;
+    setTermLevers(i_body, term);
+    term.isCurrent = true;
   }
-  o_bound.slopeAtZero = (o_bound.slopeAtZero + o_bound.linear) * DISPLACEMENT_SAFETY;
 }
 
-/// The largest distances of the body, as it stands, from the axes and the origin of a joint.
-void CorvDeviceTable::setLevers(const CBodyRow& i_body, CTerm& io_term) const
+/// The largest distances of the body, as it stands, from the axes and the origin of a joint, in the frame of the body's
+/// mover, in which its points stand still.
+void CorvDeviceTable::setTermLevers(const CBodyRow& i_body, CTerm& io_term) const
 {
   const CMotion& motion = m_motions[io_term.joint];
-  const ClumPoint3 origin(m_frames[io_term.joint].translation());
+  const ClumMat4& home = m_frames[i_body.mover];
+  ClumVect3 axes[3];
+  for (unsigned int i = 0; i < io_term.countVarying; ++i)
+    axes[i] = turnedBack(home, motion.axes[i]);
+  if (io_term.countVarying == 0 && (io_term.isOwn || !motion.hasWhole))
+    return;
+  if (io_term.isOwn)
+    return measureLevers(i_body, ClumPoint3(), axes, 0, io_term.countVarying, 0.0, io_term);
+  const ClumVect3 place = m_frames[io_term.joint].translation(), homePlace = home.translation();
+  const ClumPoint3 origin(turnedBack(home, place - homePlace));
+  measureLevers(i_body, origin, axes, 0, io_term.countVarying, place.norm() + homePlace.norm(), io_term);
+}
+
+/// What the configuration does not change of the levers of the joint that carries the body: its last turn and its
+/// origin stand still in its frame.
+void CorvDeviceTable::setOwnLevers(const CBodyRow& i_body, const CJointRow& i_mover, CTerm& o_term)
+{
+  ClumVect3 axes[3];
+  if (i_mover.countTurns > 0)
+  {
+    const unsigned int last = i_mover.countTurns - 1;
+    const unsigned int lastAxis = i_mover.kind == ROTATION ? i_mover.axis : i_mover.kind == DOUBLE_ROTATION ? 1u : 2u;
+    axes[last][lastAxis] = 1.0;
+    o_term.countVarying = last;
+  }
+  measureLevers(i_body, ClumPoint3(), axes, o_term.countVarying, i_mover.countTurns, 0.0, o_term);
+}
+
+/// Sets the levers of the turns from `i_first` up to before `i_last`, and the whole lever.
+/// @param i_height the size of the coordinates that origin and axes were computed from.
+void CorvDeviceTable::measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
+                                    unsigned int i_first, unsigned int i_last, double i_height, CTerm& o_term)
+{
   double levers[3] = {0.0, 0.0, 0.0};
   double whole = 0.0;
-  const double height = origin.toVect3().norm();
   for (const CPointGroup& group : i_body.groups)
   {
-    double squares[3] = {0.0, 0.0, 0.0};
-    double squaredReach = 0.0;
-    for (unsigned int p = group.first; p < group.first + group.count; ++p)
+    const ClumPoint3* const begin = i_body.points.data() + group.first;
+    const ClumPoint3* const end = begin + group.count;
+    double reach = group.reach;
+    if (!o_term.isOwn)
     {
-      const ClumVect3 arm = m_points[p] - origin;
-      squaredReach = std::max(squaredReach, arm.squaredNorm());
-      for (unsigned int i = 0; i < motion.countTurns; ++i)
-        squares[i] = std::max(squares[i], (arm * motion.turns[i].axis).squaredNorm());
+      double squaredReach = 0.0;
+      for (const ClumPoint3* point = begin; point != end; ++point)
+        squaredReach = std::max(squaredReach, (*point - i_origin).squaredNorm());
+      reach = std::sqrt(squaredReach);
     }
-    const double reach = std::sqrt(squaredReach);
-    const double margin = group.radius + LEVER_ROUNDING * (reach + height);
+    const double margin = group.radius + LEVER_ROUNDING * (reach + i_height);
     whole = std::max(whole, reach + margin);
-    for (unsigned int i = 0; i < motion.countTurns; ++i)
-      levers[i] = std::max(levers[i], std::sqrt(squares[i]) + margin);
+    for (unsigned int i = i_first; i < i_last; ++i)
+    {
+      double square = 0.0;
+      for (const ClumPoint3* point = begin; point != end; ++point)
+        square = std::max(square, ((*point - i_origin) * i_axes[i]).squaredNorm());
+      levers[i] = std::max(levers[i], std::sqrt(square) + margin);
+    }
   }
-  std::copy(levers, levers + 3, io_term.levers);
-  io_term.wholeLever = whole;
+  std::copy(levers + i_first, levers + i_last, o_term.levers + i_first);
+  o_term.wholeLever = whole;
+}
+
+/// The bound at the rates at hand.
+CorvDeviceTable::CBound CorvDeviceTable::boundOf(const CBodyRow& i_body) const
+{
+  CBound bound{0.0, 0.0};
+  for (unsigned int t = i_body.firstTerm; t < i_body.firstTerm + i_body.countTerms; ++t)
+  {
+    const CMotion& motion = m_motions[m_terms[t].joint];
+    bound.linear += motion.linear;
+    if (motion.isMoving)
+      bound.slopeAtZero += slopeAtZero(m_terms[t]);
+  }
+  bound.slopeAtZero = (bound.slopeAtZero + bound.linear) * DISPLACEMENT_SAFETY;
+  return bound;
 }
 
 double CorvDeviceTable::slopeAtZero(const CTerm& i_term) const
@@ -406,21 +552,16 @@ double CorvDeviceTable::slopeAtZero(const CTerm& i_term) const
   return motion.countTurns == 0 || (motion.hasWhole && whole < slope) ? whole : slope;
 }
 
-/// Brings the sines of all turns to an advance.
+/// Brings the chords of all turns to an advance.
 void CorvDeviceTable::setAdvance(double i_advance) const
 {
+  if (m_advance == i_advance)
+    return;
   m_advance = i_advance;
   const auto set = [i_advance](CTurn& io_turn)
   {
-    const double angle = io_turn.rate * i_advance;
-    double cosine = 0.0;
-    io_turn.sine = 2.0;
-    if (angle < HALF_TURN)
-    {
-      lumSinCos(0.5 * angle, io_turn.sine, cosine);
-      io_turn.sine *= 2.0;
-    }
-    io_turn.slope = io_turn.rate * cosine;
+    io_turn.chord = chordOfTurn(io_turn.rate * i_advance, io_turn.slope);
+    io_turn.slope *= io_turn.rate;
   };
   for (CMotion& motion : m_motions)
     if (motion.isMoving)
@@ -433,23 +574,25 @@ void CorvDeviceTable::setAdvance(double i_advance) const
 }
 
 /// The bound at the advance set last, and its slope there.
-double CorvDeviceTable::displacement(const CBound& i_bound, double& o_slope) const
+double CorvDeviceTable::displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const
 {
   double sum = i_bound.linear * m_advance;
   o_slope = i_bound.linear;
-  for (unsigned int t = i_bound.firstTerm; t < i_bound.firstTerm + i_bound.countTerms; ++t)
+  for (unsigned int t = i_body.firstTerm; t < i_body.firstTerm + i_body.countTerms; ++t)
   {
     const CTerm& term = m_terms[t];
     const CMotion& motion = m_motions[term.joint];
+    if (!motion.isMoving)
+      continue;
     double moved = 0.0, slope = 0.0;
     for (unsigned int i = 0; i < motion.countTurns; ++i)
     {
-      moved += term.levers[i] * motion.turns[i].sine;
+      moved += term.levers[i] * motion.turns[i].chord;
       slope += term.levers[i] * motion.turns[i].slope;
     }
-    if (motion.hasWhole && (motion.countTurns == 0 || term.wholeLever * motion.whole.sine < moved))
+    if (motion.hasWhole && (motion.countTurns == 0 || term.wholeLever * motion.whole.chord < moved))
     {
-      moved = term.wholeLever * motion.whole.sine;
+      moved = term.wholeLever * motion.whole.chord;
       slope = term.wholeLever * motion.whole.slope;
     }
     sum += moved;
@@ -461,20 +604,20 @@ double CorvDeviceTable::displacement(const CBound& i_bound, double& o_slope) con
 
 /// The longest advance found, up to `i_longest`, at which the bound does not exceed an allowance. The bound is concave
 /// and 0 at 0, so Newton's steps from below never overshoot.
-double CorvDeviceTable::advanceWithin(double i_allowance, const CBound& i_bound, double i_longest) const
+double CorvDeviceTable::advanceWithin(double i_allowance, const CBodyRow& i_body, const CBound& i_bound,
+                                      double i_longest) const
 {
   if (i_bound.slopeAtZero * i_longest <= i_allowance)
     return i_longest;
-  if (m_advance != i_longest)
-    setAdvance(i_longest);
+  setAdvance(i_longest);
   double slope;
-  if (displacement(i_bound, slope) <= i_allowance)
+  if (displacement(i_body, i_bound, slope) <= i_allowance)
     return i_longest;
   double advance = std::min(i_longest, i_allowance / i_bound.slopeAtZero);
   for (unsigned int step = 0; step < MAX_NEWTON_STEPS && advance > 0.0; ++step)
   {
     setAdvance(advance);
-    const double moved = displacement(i_bound, slope);
+    const double moved = displacement(i_body, i_bound, slope);
     if (moved >= i_allowance || slope <= 0.0)
       break;
     const double gain = (i_allowance - moved) / slope;

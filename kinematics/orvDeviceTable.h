@@ -11,7 +11,8 @@
 /// Made from a tree for one version of it. Joints stand in depth-first order, so a parent comes before its children.
 /// The fixed frames between joints are absorbed in one matrix a joint; the effects of the standard kinds are computed
 /// here, others by their own `forward`. A joint whose dofs are not in the space stays where it is. The scratch arrays
-/// belong to the table: one thread at a time.
+/// belong to the table: one thread at a time. They keep the frames and levers of the configuration asked about last, so
+/// that the questions of a proof, which come in threes, are answered from one placing.
 class CorvDeviceTable
 {
 public:
@@ -27,6 +28,8 @@ public:
   /// shape changes with dofs, or an effect tells no velocity: no bound is known then.
   lmStatus boundedMove(const double* i_values, const double* i_rates, double i_rest, double* io_maxDistances,
                        double& o_advance) const;
+  /// See `CorvDevice::boundDisplacements`. @return as `boundedMove`.
+  lmStatus boundDisplacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const;
 
 private:
   /// The kinds whose frames and displacements are computed here.
@@ -51,6 +54,7 @@ private:
     double sign;       ///< -1 for the inverse forms
     unsigned int firstDof;
     unsigned int countDofs;
+    unsigned int countTurns; ///< rotations about axes that are known, one after the other
     bool isFixedIdentity;
     ClumMat4 fixed; ///< from the parent's frame to this joint's for a zero effect
     CorvKinematicalEffectConstShPtr effect;
@@ -62,23 +66,26 @@ private:
     unsigned int first;
     unsigned int count;
     double radius;
+    double reach; ///< of the farthest point, from the origin of the mover's frame
   };
 
   struct CBodyRow
   {
     unsigned int joint;
+    int mover; ///< the nearest joint with dofs, -1 for a body that nothing moves
     bool isFixedIdentity;
     ClumMat4 relative;
-    std::vector<ClumPoint3> points;
+    std::vector<ClumPoint3> points; ///< in the mover's frame, behind its effect
     std::vector<CPointGroup> groups;
+    unsigned int firstTerm;
+    unsigned int countTerms;
   };
 
-  /// One rotation that a joint makes, at the configuration and rate at hand.
+  /// A turn by a rate over an advance s: a point at distance 1 moves by no more than `chord`, S(rate) at s.
   struct CTurn
   {
-    ClumVect3 axis; ///< in the world, through the origin of the joint's frame; unused for a turn taken as a whole
     double rate;
-    double sine;  ///< S(rate) = 2·sin(min(rate·s, pi) / 2) at the advance s set last
+    double chord;
     double slope; ///< the derivative of that by s
   };
 
@@ -89,50 +96,64 @@ private:
     double linear; ///< the speed of its translations
     unsigned int countTurns;
     CTurn turns[3];
+    ClumVect3 axes[3]; ///< of the turns, in the world, through the origin of the joint's frame
     bool hasWhole;
     CTurn whole; ///< all its rotation as one, whose lever is the distance from the origin of the joint's frame
   };
 
-  /// What one turning joint does to one body: its levers.
+  /// What one joint does to one body: its levers. Those that depend on the configuration are those of the first
+  /// `countVarying` turns and, but for the body's own mover, `wholeLever`.
   struct CTerm
   {
     unsigned int joint;
+    bool isOwn; ///< the joint is the body's mover
+    unsigned int countVarying;
+    bool isCurrent; ///< the levers are those of the configuration placed last
     double levers[3];
     double wholeLever;
   };
 
-  /// The bound B(s) of how far a body moves: linear·s and the terms.
+  /// The bound B(s) of how far a body moves: linear·s and the terms of the joints that turn.
   struct CBound
   {
     double linear;
     double slopeAtZero;
-    unsigned int firstTerm;
-    unsigned int countTerms;
   };
 
   void addJoint(const CorvJoint& i_joint, int i_parent, const CorvConfigSpace& i_space);
   static void setKind(CJointRow& io_row);
   void addBody(const CorvBody& i_body, unsigned int i_joint);
-  static void setPoints(const CorvBody& i_body, CBodyRow& o_row);
+  void setPoints(const CorvBody& i_body, CBodyRow& o_row);
 
-  void place(const double* i_values, ClumMat4* o_frames, bool i_withAxes) const;
-  static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, CTurn* o_turns);
+  void addTerms(CBodyRow& io_body);
+
+  lmStatus prepare(const double* i_values, const double* i_rates) const;
+  void place(const double* i_values) const;
+  static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, ClumVect3* o_axes);
   static lmStatus setRates(const CJointRow& i_row, const double* i_rates, CMotion& io_motion);
-  void makeBound(const CBodyRow& i_body, CBound& o_bound) const;
-  void setLevers(const CBodyRow& i_body, CTerm& io_term) const;
+  void setLevers(const CBodyRow& i_body) const;
+  void setTermLevers(const CBodyRow& i_body, CTerm& io_term) const;
+  static void setOwnLevers(const CBodyRow& i_body, const CJointRow& i_mover, CTerm& o_term);
+  static void measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
+                            unsigned int i_first, unsigned int i_last, double i_height, CTerm& o_term);
+  CBound boundOf(const CBodyRow& i_body) const;
   double slopeAtZero(const CTerm& i_term) const;
   void setAdvance(double i_advance) const;
-  double displacement(const CBound& i_bound, double& o_slope) const;
-  double advanceWithin(double i_allowance, const CBound& i_bound, double i_longest) const;
+  double displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const;
+  double advanceWithin(double i_allowance, const CBodyRow& i_body, const CBound& i_bound, double i_longest) const;
 
   std::vector<CJointRow> m_joints;
   std::vector<CBodyRow> m_bodies;
   bool m_hasRigidBodies = true;
 
+  bool m_hasOtherEffects = false; ///< whose frames may change without the table's notice
+  mutable bool m_isPlaced = false;
+  mutable bool m_hasRates = false;
+  mutable std::vector<double> m_values; ///< of the configuration placed last
+  mutable std::vector<double> m_rates;  ///< that the motions have
   mutable std::vector<ClumMat4> m_frames;
   mutable std::vector<CMotion> m_motions;
   mutable std::vector<CTerm> m_terms;
   mutable std::vector<CBound> m_bounds;
-  mutable std::vector<ClumPoint3> m_points;
-  mutable double m_advance = 0.0; ///< at which the turns' sines stand
+  mutable double m_advance = 0.0; ///< at which the turns' chords stand
 };

@@ -215,6 +215,10 @@ public:
   lmStatus boundedMove(const CorvConfig& i_from, const CorvConfig& i_to, double i_rest,
                        const std::vector<double>& i_derivatives, std::vector<double>& io_maxDistances,
                        double& o_advance, bool& o_hitsEnd) const;
+  /// How far the points of each body can get from where they are at `i_from` on a whole motion of `i_rest`: the bound
+  /// that `boundedMove` holds against the allowances, one entry per body. @return as `boundedMove`.
+  lmStatus boundDisplacements(const CorvConfig& i_from, double i_rest, const std::vector<double>& i_derivatives,
+                              std::vector<double>& o_moved) const;
 
   // Tolerances.
   /// Each walks the bodies in order; if one fails, those before it are put back.
@@ -254,6 +258,8 @@ private:
   void rebuildDeviceGroups();
   lmStatus firstRankIn(const CorvConfig& i_config, unsigned int& o_rank) const;
   bool hasUnboundedDof(const CorvConfig& i_config) const;
+  lmStatus readMotion(const CorvConfig& i_from, double i_rest, const std::vector<double>& i_derivatives,
+                      const double*& o_values, const double*& o_rates) const;
 
   CorvCSCompositeShPtr m_configSpace;
   mutable CorvCSDeviceWrapperWkPtr m_wrapperSpace;
