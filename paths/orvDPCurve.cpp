@@ -29,6 +29,8 @@ constexpr double CURVE_PI = ClumGeometryUtilities::PI;
 constexpr double CURVE_TOLERANCE = 1e-6;
 /// How far other dofs may be apart at the ends.
 constexpr double CURVE_DOF_TOLERANCE = 1e-10;
+/// Words whose lengths differ by less are equal: many families of words have the same length by nature.
+constexpr double CURVE_TIE = 1e-11;
 constexpr double CURVE_NO_WORD = std::numeric_limits<double>::infinity();
 
 double curveSense(CorvDPCurve::CCurve::EDirection i_direction)
@@ -427,8 +429,8 @@ void CorvDPCurve::tryWord(int i_rank, const CWord& i_word, TWordSolver i_solver,
 {
   double t = 0.0, u = 0.0, v = 0.0;
   const double wordLength = i_solver(i_image, t, u, v);
-  if ((io_best.word == 0 ? wordLength < CURVE_NO_WORD : wordLength < io_best.length) &&
-      leadsTo(i_word, t, u, v, i_goal))
+  const bool isShorter = io_best.word == 0 ? wordLength < CURVE_NO_WORD : wordLength < io_best.length - CURVE_TIE;
+  if (isShorter && leadsTo(i_word, t, u, v, i_goal))
     io_best = {i_rank, wordLength, t, u, v};
 }
 
@@ -664,5 +666,9 @@ lmStatus CorvDPCurve::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCod
   i_coder->endVectorDecoding();
   m_startConfig = CorvConfig(i_coder, "m_startConfig");
   m_endConfig = CorvConfig(i_coder, "m_endConfig");
-  return lmStatus(isUsable && !m_curves.empty() ? lmStatus::SUCCESS : lmStatus::FAILURE);
+  unsigned int ranks[3];
+  const bool areEndsUsable = m_startConfig.space() == configSpace() && m_startConfig.hasSoundValues() &&
+                             m_endConfig.space() == configSpace() && m_endConfig.hasSoundValues();
+  isUsable = isUsable && areEndsUsable && !m_curves.empty() && getDofRanks(ranks).succeeded();
+  return lmStatus(isUsable ? lmStatus::SUCCESS : lmStatus::FAILURE);
 }

@@ -29,6 +29,9 @@ constexpr double SLERP_ROUNDING = 1e-14;
 constexpr double SLERP_SMALL_ANGLE = 1e-8;
 /// A squared radius below which the angle of a plane is not known well enough to tell axes by.
 constexpr double SLERP_NEAR_LOCK = 1e-12;
+/// Relative rounding of rates, and how near the summit of ry's rate counts as on it.
+constexpr double SLERP_RATE_ROUNDING = 1e-15;
+constexpr double SLERP_SUMMIT_SLACK = 1e-6;
 /// A sine of an angle between names of a frame below which the axes of the rotations are the same lines.
 constexpr double SLERP_SAME_AXES = 1e-9;
 
@@ -298,6 +301,50 @@ double CorvDPSlerp::angularSpeed() const
   return slerpSpeed(2.0 * motion().halfAngle, privateLength());
 }
 
+/// The vector by which a plane's motion is start·cos(x) + side·sin(x), x from 0 to half of the rotation.
+void CorvDPSlerp::sideOf(const CPlane& i_plane, double i_halfAngle, double* o_side)
+{
+  double sine, cosine;
+  lumSinCos(i_halfAngle, sine, cosine);
+  for (int i = 0; i < 2; ++i)
+    o_side[i] = i_halfAngle < SLERP_SMALL_ANGLE
+                  ? (i_plane.end[i] - i_plane.start[i]) / std::max(i_halfAngle, std::numeric_limits<double>::min())
+                  : (i_plane.end[i] - cosine * i_plane.start[i]) / sine;
+}
+
+/// The ends of an interval, and where the radii turn inside of it: at most four places.
+unsigned int CorvDPSlerp::placesOfExtremes(const CMotion& i_motion, double i_from, double i_to, double* o_places)
+{
+  double side[2];
+  sideOf(i_motion.sum, i_motion.halfAngle, side);
+  o_places[0] = i_from * i_motion.halfAngle;
+  o_places[1] = i_to * i_motion.halfAngle;
+  unsigned int count = 2;
+  const double* start = i_motion.sum.start;
+  const double turning = 0.5 * lumAtan2(2.0 * slerpDot(start, side), slerpDot(start, start) - slerpDot(side, side));
+  for (int k = -1; k <= 1 && count < 4; ++k)
+  {
+    const double place = turning + 0.5 * k * ClumGeometryUtilities::PI;
+    if (place > o_places[0] && place < o_places[1])
+      o_places[count++] = place;
+  }
+  return count;
+}
+
+/// The largest rate of ry, given the largest at the places of extremes.
+double CorvDPSlerp::steepestInside(const CMotion& i_motion, double i_lowest, double i_highest, double i_atPlaces)
+{
+  const double f = i_motion.sum.moment + i_motion.difference.moment;
+  const double g = i_motion.sum.moment - i_motion.difference.moment;
+  const double larger = std::max(std::fabs(f), std::fabs(g)), smaller = std::min(std::fabs(f), std::fabs(g));
+  // Without moments ry alone turns, all along at the full speed.
+  const double summit = larger > 0.0 ? std::copysign(smaller / larger, f * g) : i_lowest;
+  if (summit <= i_lowest - SLERP_SUMMIT_SLACK || summit >= i_highest + SLERP_SUMMIT_SLACK)
+    return i_atPlaces;
+  const double squaredSpeed = 4.0 * i_motion.halfAngle * i_motion.halfAngle;
+  return std::sqrt(std::max(0.0, squaredSpeed - larger * larger) + SLERP_RATE_ROUNDING * squaredSpeed);
+}
+
 /// With K and L the moments of the two planes and s = sin ry, the radii squared are 1 + s and 1 - s, and
 ///   rx' = K / (1 + s) + L / (1 - s),   rz' = K / (1 + s) - L / (1 - s),
 ///   ry'^2 = w^2 - (f^2 + g^2 - 2 f g s) / (1 - s^2),   f = K + L, g = K - L, w the rate of the rotation.
@@ -308,66 +355,41 @@ void CorvDPSlerp::angleRates(const CMotion& i_motion, double i_from, double i_to
   const CPlane& sum = i_motion.sum;
   const CPlane& difference = i_motion.difference;
   const double h = i_motion.halfAngle, speed = 2.0 * h;
-  double sine, cosine;
-  lumSinCos(h, sine, cosine);
-  const auto derivativeAtStart = [&](const CPlane& i_plane, double* o_vector)
+  double sumSide[2], differenceSide[2], places[4];
+  sideOf(sum, h, sumSide);
+  sideOf(difference, h, differenceSide);
+  const unsigned int count = placesOfExtremes(i_motion, i_from, i_to, places);
+  double lowest = 1.0, highest = -1.0, steepest = 0.0, least = 2.0, rx = 0.0, rz = 0.0;
+  for (unsigned int k = 0; k < count; ++k)
   {
-    for (int i = 0; i < 2; ++i)
-      o_vector[i] = h < SLERP_SMALL_ANGLE ? (i_plane.end[i] - i_plane.start[i]) / std::max(h, 1e-300)
-                                          : (i_plane.end[i] - cosine * i_plane.start[i]) / sine;
-  };
-  double sumSide[2], differenceSide[2];
-  derivativeAtStart(sum, sumSide);
-  derivativeAtStart(difference, differenceSide);
-
-  // Places of the interval: its ends, and where the radii turn.
-  double places[4] = {i_from * h, i_to * h, 0.0, 0.0};
-  int count = 2;
-  const double turning =
-    0.5 * lumAtan2(2.0 * slerpDot(sum.start, sumSide), slerpDot(sum.start, sum.start) - slerpDot(sumSide, sumSide));
-  for (int k = -1; k <= 1 && count < 4; ++k)
-  {
-    const double place = turning + 0.5 * k * ClumGeometryUtilities::PI;
-    if (place > places[0] && place < places[1])
-      places[count++] = place;
-  }
-
-  double lowest = 1.0, highest = -1.0, steepest = 0.0, least = 2.0, rates[2] = {0.0, 0.0};
-  for (int k = 0; k < count; ++k)
-  {
+    double sine, cosine, p[2], q[2], pRate[2];
     lumSinCos(places[k], sine, cosine);
-    double p[2], q[2], pRate[2];
     for (int i = 0; i < 2; ++i)
     {
       p[i] = cosine * sum.start[i] + sine * sumSide[i];
       q[i] = cosine * difference.start[i] + sine * differenceSide[i];
       pRate[i] = h * (cosine * sumSide[i] - sine * sum.start[i]);
     }
-    const double plus = slerpDot(p, p), minus = slerpDot(q, q), slope = 2.0 * std::fabs(slerpDot(p, pRate));
+    const double plus = slerpDot(p, p), minus = slerpDot(q, q);
     const double first = sum.isStraight ? 0.0 : sum.moment / plus;
     const double second = difference.isStraight ? 0.0 : difference.moment / minus;
     const double slack =
-      1e-15 * speed * ((sum.isStraight ? 0.0 : 1.0 / plus) + (difference.isStraight ? 0.0 : 1.0 / minus));
-    rates[0] = std::max(rates[0], std::fabs(first + second) + slack);
-    rates[1] = std::max(rates[1], std::fabs(first - second) + slack);
-    const double cosineOfB = std::sqrt(plus * minus);
-    steepest = std::max(steepest, std::min(speed, (slope + 4e-15 * speed) / std::max(cosineOfB, 1e-300)));
+      SLERP_RATE_ROUNDING * speed * ((sum.isStraight ? 0.0 : 1.0 / plus) + (difference.isStraight ? 0.0 : 1.0 / minus));
+    rx = std::max(rx, std::fabs(first + second) + slack);
+    rz = std::max(rz, std::fabs(first - second) + slack);
+    const double slope = 2.0 * std::fabs(slerpDot(p, pRate)) + 4.0 * SLERP_RATE_ROUNDING * speed;
+    const double cosineOfB = std::max(std::sqrt(plus * minus), std::numeric_limits<double>::min());
+    steepest = std::max(steepest, std::min(speed, slope / cosineOfB));
     lowest = std::min(lowest, 0.5 * (plus - minus));
     highest = std::max(highest, 0.5 * (plus - minus));
-    least = std::min({least, plus, minus});
+    // On a line the angle is known at the lock too.
+    least = std::min({least, sum.isStraight ? least : plus, difference.isStraight ? least : minus});
   }
-  const double f = std::fabs(sum.moment + difference.moment), g = std::fabs(sum.moment - difference.moment);
-  const double larger = std::max(f, g), smaller = std::min(f, g);
-  const double sign = (sum.moment + difference.moment) * (sum.moment - difference.moment) < 0.0 ? -1.0 : 1.0;
-  const double summit = larger > 0.0 ? sign * smaller / larger : 0.5 * (lowest + highest);
-  if (summit > lowest - 1e-6 && summit < highest + 1e-6)
-    steepest = std::sqrt(std::max(0.0, speed * speed - larger * larger) + 1e-15 * speed * speed);
-
   const bool isRenamed = (i_motion.isStartRenamed && i_from <= 0.0) || (i_motion.isEndRenamed && i_to >= 1.0);
   const double floorRate = isRenamed || least < SLERP_NEAR_LOCK ? speed : 0.0;
-  o_rates[0] = std::max(rates[0], floorRate) * (1.0 + 1e-9);
-  o_rates[1] = std::max(steepest, floorRate) * (1.0 + 1e-9);
-  o_rates[2] = rates[1] * (1.0 + 1e-9);
+  o_rates[0] = std::max(rx, floorRate) * (1.0 + 1e-9);
+  o_rates[1] = std::max(steepestInside(i_motion, lowest, highest, steepest), floorRate) * (1.0 + 1e-9);
+  o_rates[2] = rz * (1.0 + 1e-9);
 }
 
 void CorvDPSlerp::maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const

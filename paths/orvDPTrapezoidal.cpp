@@ -250,7 +250,8 @@ lmStatus CorvDPTrapezoidal::replaceEnds(const CorvConfig& i_start, const CorvCon
 
 lmStatus CorvDPTrapezoidal::extract(double i_from, double i_to)
 {
-  const double from = std::max(0.0, i_from), to = std::min(i_to, m_tTot);
+  // Of a NaN nothing is taken.
+  const double from = i_from < 0.0 ? 0.0 : i_from, to = i_to > m_tTot ? m_tTot : i_to;
   if (!(minimumLength() < to - from))
     return lmStatus(lmStatus::FAILURE);
   CorvConfig start(configSpace()), end(configSpace());
@@ -357,6 +358,11 @@ lmStatus CorvDPTrapezoidal::initWithCoder(const ClumCoderShPtr& i_coder, const C
   m_SMTrapezoidal = i_coder->decode<CorvSMTrapezoidal>("SMTrapezoidal");
   m_startConfig = CorvConfig(i_coder, "startConfig");
   m_endConfig = CorvConfig(i_coder, "endConfig");
-  const bool isUsable = m_SMTrapezoidal && std::isfinite(m_tTot) && m_tTot >= 0.0 && m_lbdaSMax >= 0.0;
+  const bool areEndsUsable = m_startConfig.space() == configSpace() && m_startConfig.hasSoundValues() &&
+                             m_endConfig.space() == configSpace() && m_endConfig.hasSoundValues();
+  const bool areTimesUsable = std::isfinite(m_tTot) && m_tTot >= 0.0 && m_lbdaSMax >= 0.0;
+  const bool isUsable = m_SMTrapezoidal && areEndsUsable && areTimesUsable &&
+                        m_SMTrapezoidal->maxVelocities().size() == configSpace()->size() &&
+                        m_SMTrapezoidal->maxAccelerations().size() == configSpace()->size();
   return lmStatus(isUsable ? lmStatus::SUCCESS : lmStatus::FAILURE);
 }

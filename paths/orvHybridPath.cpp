@@ -220,6 +220,8 @@ double CorvHybridPath::length() const
 lmStatus CorvHybridPath::getConfigAtDistance(double i_distance, CorvConfig& o_cfg) const
 {
   unsigned int rank = 0;
+  if (!isEmpty() && i_distance >= length())
+    return getConfigAtEnd(o_cfg);
   const CorvPathConstShPtr held = pathAtDistance(i_distance, rank);
   if (!held)
     return lmStatus(lmStatus::FAILURE);

@@ -78,6 +78,9 @@ private:
   static void polarAt(const CPlane& i_plane, double i_startWeight, double i_endWeight, double& o_angle,
                       double& o_radius);
   static void anglesAt(const CMotion& i_motion, double i_param, double* o_angles);
+  static void sideOf(const CPlane& i_plane, double i_halfAngle, double* o_side);
+  static unsigned int placesOfExtremes(const CMotion& i_motion, double i_from, double i_to, double* o_places);
+  static double steepestInside(const CMotion& i_motion, double i_lowest, double i_highest, double i_atPlaces);
   static void angleRates(const CMotion& i_motion, double i_from, double i_to, double* o_rates);
   bool breaksABoundedRotation() const;
 

@@ -31,6 +31,8 @@ struct PathKind
 
   /// Parts are motions of their own, not windows on the whole: only their ends are those of the whole, within `i_gap`.
   PathKind& withPartsMadeAnew(double i_gap);
+  /// Parts follow the whole, but have no marks, and no configuration is handed on to them.
+  PathKind& withPartsThatForget();
   /// For a kind that has no `maxAbsoluteDerivative`, and so no bounded moves.
   PathKind& withoutRates();
   /// For a kind that has rates, but no bounded moves.
@@ -42,6 +44,7 @@ struct PathKind
   TMake make;
   TGap gap;
   bool hasWindows = true;
+  bool keepsMarks = true;
   bool hasRates = true;
   bool hasBoundedMoves = true;
   double endGap = 1e-9; ///< of the ends of a part
