@@ -74,7 +74,7 @@ lmStatus CorvKEEuclideanPath::init(const CorvKEEuclideanPathWkPtr& i_weakPtr, co
   const CorvDofShPtr dof = configSpace()->dof(0);
   dof->boundWithin(0.0, 1.0);
   dof->metric(CorvKEPathMetric::create(path->length()));
-  return lmStatus(m_KEPath ? 0 : -1);
+  return lmStatus(m_KEPath && configSpace()->size() == 1 ? 0 : -1);
 }
 
 lmStatus CorvKEEuclideanPath::init(const CorvKEEuclideanPathWkPtr& i_weakPtr,

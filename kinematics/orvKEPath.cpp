@@ -251,5 +251,5 @@ lmStatus CorvKEPath::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCoda
   m_joint = i_coder->decode<CorvJoint>("joint");
   m_device = i_coder->decode<CorvDevice>("device");
   m_isVelocityCacheValid = false;
-  return status;
+  return configSpace()->size() == 1 ? status : lmStatus(-1);
 }
