@@ -210,20 +210,8 @@ lmStatus CorvDPComposite::convert(const CorvConfigSpaceShPtr& i_space)
 {
   if (isStraight())
     m_directPaths.clear();
-  lmStatus status = i_space ? lmStatus() : lmStatus(lmStatus::FAILURE);
-  std::vector<CorvDirectPathShPtr> converted(m_directPaths.size());
-  for (unsigned int i = 0; i < m_directPaths.size() && status.succeeded(); ++i)
-  {
-    if (!m_directPaths[i])
-      continue;
-    std::vector<unsigned int> position;
-    status = configSpace()->getPositionOfSubspace(m_directPaths[i]->configSpace(), position);
-    const CorvConfigSpaceShPtr subspace =
-      status.succeeded() ? i_space->getSubspaceAtPosition(position) : CorvConfigSpaceShPtr();
-    converted[i] = CorvDirectPath::createByConvertingToSpace(m_directPaths[i], subspace);
-    if (!converted[i])
-      status = lmStatus::FAILURE;
-  }
+  std::vector<CorvDirectPathShPtr> converted;
+  lmStatus status = orvConvertChildren(*configSpace(), i_space, m_directPaths, converted);
   if (status.succeeded())
     status = CorvDirectPath::convert(i_space);
   if (status.succeeded())

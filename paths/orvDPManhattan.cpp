@@ -6,10 +6,10 @@
 #include "foundation/lumGeometryUtilities.h"
 #include "kinematics/orvConfigSpace.h"
 #include "kinematics/orvDof.h"
-#include "metrics/orvMetricRevolute.h"
 #include "paths/orvPathValues.h"
 #include "paths/orvPathVisitor.h"
 #include "paths/orvSMLinear.h"
+#include "paths/orvStraightMotion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,11 +27,6 @@ const double CorvDPManhattan::s_halfTurnTolerance = 1e-7;
 
 namespace
 {
-bool isDofCircular(const CorvDof& i_dof)
-{
-  return i_dof.isRevolute() && !i_dof.isBounded();
-}
-
 /// Drops what is no rank below the count or stands twice, and puts the missing ranks last.
 void completeDofOrder(unsigned int i_count, std::vector<unsigned int>& io_order)
 {
@@ -110,15 +105,13 @@ CorvAbstractPathShPtr CorvDPManhattan::clone() const
   return createCopy(self());
 }
 
+/// Passive dofs count here.
 bool CorvDPManhattan::hasHalfTurn() const
 {
   const CorvConfigSpace& space = *configSpace();
   for (unsigned int rank = 0; rank < space.size(); ++rank)
-  {
-    const CorvDofShPtr dof = space.dof(rank);
-    if (isDofCircular(*dof) && std::fabs(dofWay(*dof, rank)) > ClumGeometryUtilities::PI - s_halfTurnTolerance)
+    if (space.isDofCircular(rank) && std::fabs(dofWay(rank)) > ClumGeometryUtilities::PI - s_halfTurnTolerance)
       return true;
-  }
   return false;
 }
 
@@ -139,26 +132,24 @@ const std::vector<unsigned int>& CorvDPManhattan::dofOrder() const
 }
 
 /// The signed way of a dof from the private start to the private end.
-double CorvDPManhattan::dofWay(const CorvDof& i_dof, unsigned int i_rank) const
+double CorvDPManhattan::dofWay(unsigned int i_rank) const
 {
-  const double start = privateStart().beginPtr()[i_rank];
-  const double end = privateEnd().beginPtr()[i_rank];
-  return isDofCircular(i_dof) ? CorvMetricRevolute::circularDistance(start, end) : end - start;
+  return orvWayOfDof(*configSpace(), i_rank, privateStart().beginPtr()[i_rank], privateEnd().beginPtr()[i_rank]);
 }
 
 /// A dof that its metric does not measure takes no part of the length.
-double CorvDPManhattan::dofLength(const CorvDof& i_dof, unsigned int i_rank) const
+double CorvDPManhattan::dofLength(unsigned int i_rank) const
 {
-  const double way = i_dof.distance(privateStart().beginPtr()[i_rank], privateEnd().beginPtr()[i_rank]);
-  return std::isfinite(way) ? way : 0.0;
+  const CorvDofShPtr dof = configSpace()->dof(i_rank);
+  const double part = dof->distance(privateStart().beginPtr()[i_rank], privateEnd().beginPtr()[i_rank]);
+  return std::isfinite(part) ? part : 0.0;
 }
 
 double CorvDPManhattan::computePrivateLength() const
 {
-  const CorvConfigSpace& space = *configSpace();
   double total = 0.0;
   for (const unsigned int rank : dofOrder())
-    total += dofLength(*space.dof(rank), rank);
+    total += dofLength(rank);
   return total;
 }
 
@@ -176,17 +167,11 @@ void CorvDPManhattan::interpolate(double i_distance, CorvConfig& io_cfg) const
   {
     if (!(rest > 0.0))
       break;
-    const CorvDofShPtr dof = space.dof(rank);
-    const double part = dofLength(*dof, rank);
-    const double t = rest < part ? rest / part : 1.0;
-    rest -= std::min(rest, part);
-    if (hasPassiveDofs && space.isDofPassive(rank))
-      continue;
-    if (t == 1.0)
-      values[rank] = end[rank];
-    else
-      values[rank] =
-        isDofCircular(*dof) ? start[rank] + dofWay(*dof, rank) * t : (1.0 - t) * start[rank] + t * end[rank];
+    const double part = dofLength(rank);
+    const bool isWhole = rest >= part;
+    if (!hasPassiveDofs || !space.isDofPassive(rank))
+      values[rank] = isWhole ? end[rank] : orvStraightValue(space, rank, start[rank], end[rank], rest / part);
+    rest -= part;
   }
   if (io_cfg.size() != count)
     io_cfg = privateStart();
@@ -195,13 +180,11 @@ void CorvDPManhattan::interpolate(double i_distance, CorvConfig& io_cfg) const
 
 void CorvDPManhattan::maxAbsoluteDerivative(double, double, std::vector<double>& o_derivatives) const
 {
-  const CorvConfigSpace& space = *configSpace();
-  o_derivatives.resize(space.size());
+  o_derivatives.resize(configSpace()->size());
   for (unsigned int rank = 0; rank < o_derivatives.size(); ++rank)
   {
-    const CorvDofShPtr dof = space.dof(rank);
-    const double way = std::fabs(dofWay(*dof, rank));
-    const double part = dofLength(*dof, rank);
+    const double way = std::fabs(dofWay(rank));
+    const double part = dofLength(rank);
     // Without a length the dof jumps.
     o_derivatives[rank] = way == 0.0 ? 0.0 : part == 0.0 ? std::numeric_limits<double>::infinity() : way / part;
   }

@@ -9,13 +9,17 @@
 
 #include <cmath>
 
-namespace
-{
-double wayOfDof(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end)
+double orvWayOfDof(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end)
 {
   return i_space.isDofCircular(i_rank) ? CorvMetricRevolute::circularDistance(i_start, i_end) : i_end - i_start;
 }
-} // namespace
+
+double orvStraightValue(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end,
+                        double i_param)
+{
+  return i_space.isDofCircular(i_rank) ? i_start + CorvMetricRevolute::circularDistance(i_start, i_end) * i_param
+                                       : (1.0 - i_param) * i_start + i_param * i_end;
+}
 
 bool orvHasHalfTurn(const CorvConfig& i_start, const CorvConfig& i_end, double i_tolerance)
 {
@@ -40,9 +44,7 @@ void orvInterpolateStraight(const CorvConfig& i_start, const CorvConfig& i_end, 
   boost::container::small_vector<double, 16> values(start, start + count);
   for (unsigned int i = 0; i < count; ++i)
     if (!space.isDofPassive(i))
-      values[i] = space.isDofCircular(i)
-                    ? start[i] + CorvMetricRevolute::circularDistance(start[i], end[i]) * i_param
-                    : (1.0 - i_param) * start[i] + i_param * end[i];
+      values[i] = orvStraightValue(space, i, start[i], end[i], i_param);
   if (io_cfg.size() != count)
     io_cfg = i_start;
   orvWriteAllValues(io_cfg, values.data(), count);
@@ -57,7 +59,7 @@ void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end,
   o_rates.resize(i_start.size());
   for (unsigned int i = 0; i < o_rates.size(); ++i)
   {
-    const double way = std::fabs(wayOfDof(space, i, start[i], end[i]));
+    const double way = std::fabs(orvWayOfDof(space, i, start[i], end[i]));
     o_rates[i] = way == 0.0 ? 0.0 : way / i_length;
   }
 }

@@ -7,6 +7,12 @@
 // The straight motion of all dofs at once between two configurations of one space. A circular dof takes the short way
 // round, and its values are not folded back.
 
+/// The signed way of a dof from one value to another, the short way round for an unbounded rotation.
+double orvWayOfDof(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end);
+/// The value of a dof at a part, 0 to 1, of that way; not folded back.
+double orvStraightValue(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end,
+                        double i_param);
+
 /// True if a circular dof that is not passive has half a turn to go, to within `i_tolerance` radians: it has no short
 /// way round.
 bool orvHasHalfTurn(const CorvConfig& i_start, const CorvConfig& i_end, double i_tolerance);

@@ -56,8 +56,8 @@ private:
 
   bool hasHalfTurn() const;
   const std::vector<unsigned int>& dofOrder() const;
-  double dofWay(const CorvDof& i_dof, unsigned int i_rank) const;
-  double dofLength(const CorvDof& i_dof, unsigned int i_rank) const;
+  double dofWay(unsigned int i_rank) const;
+  double dofLength(unsigned int i_rank) const;
 
   mutable std::vector<unsigned int> m_dofOrder; ///< ranks at `m_orderVersion` of the space
   mutable unsigned int m_orderVersion = 0;      ///< 0 until the space is asked
