@@ -1,5 +1,6 @@
 #include "metrics/orvFlatMetric.h"
 
+#include "foundation/lumGeometryUtilities.h"
 #include "foundation/lumMat4.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvConfigSpace.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 /// A sub-space whose metric has to be called, with the two configurations to call it with.
 struct CorvFlatMetric::COther
@@ -103,6 +105,36 @@ inline double flatSquaredDofDistance(bool i_isCircular, double i_scale, double i
   const double d = flatDofDistance(i_isCircular, i_scale, i_a, i_b);
   return d * d;
 }
+
+// The loops have no branches, so that the compiler makes vector instructions of them.
+
+inline void addSquaredColumn(double i_value, double i_scale, const double* i_column, double* io_squared)
+{
+  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
+  {
+    const double d = std::fabs(i_column[i] - i_value) * i_scale;
+    io_squared[i] += d * d;
+  }
+}
+
+inline void addSquaredCircularColumn(double i_value, double i_scale, const double* i_column, double* io_squared)
+{
+  constexpr double PI = ClumGeometryUtilities::PI;
+  double squared[CorvFlatForm::BLOCK_SIZE];
+  std::int64_t isAnyFar = 0; // more than a full turn apart
+  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
+  {
+    const double difference = i_column[i] - i_value;
+    const double turn = (difference >= PI ? 2.0 * PI : 0.0) - (difference < -PI ? 2.0 * PI : 0.0);
+    const double d = i_scale * std::fabs(difference - turn);
+    squared[i] = d * d;
+    isAnyFar |= std::fabs(difference) < 2.0 * PI ? 0 : 1;
+  }
+  for (unsigned int i = 0; isAnyFar != 0 && i < CorvFlatForm::BLOCK_SIZE; ++i)
+    squared[i] = flatSquaredDofDistance(true, i_scale, i_value, i_column[i]);
+  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
+    io_squared[i] += squared[i];
+}
 } // namespace
 
 CorvFlatForm::CorvFlatForm() = default;
@@ -141,6 +173,32 @@ double CorvFlatForm::squaredDistance(const double* i_pointA, const double* i_poi
     total += d * d;
   }
   return total;
+}
+
+bool CorvFlatForm::canMeasureBlocks() const
+{
+  return std::all_of(m_entries.begin(), m_entries.end(),
+                     [](const CEntry& i_entry) { return i_entry.kind != SOLID && std::isfinite(i_entry.scale); });
+}
+
+bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit,
+                                           double* o_squared) const
+{
+  std::fill_n(o_squared, BLOCK_SIZE, 0.0);
+  for (const CEntry& entry : m_entries)
+  {
+    const double* column = i_block + entry.place * BLOCK_SIZE;
+    if (entry.kind == CIRCULAR)
+      addSquaredCircularColumn(i_point[entry.place], entry.scale, column, o_squared);
+    else
+      addSquaredColumn(i_point[entry.place], entry.scale, column, o_squared);
+    std::int64_t isAnyWithin = 0;
+    for (unsigned int i = 0; i < BLOCK_SIZE; ++i)
+      isAnyWithin |= o_squared[i] > i_limit ? 0 : 1;
+    if (isAnyWithin == 0)
+      return false;
+  }
+  return true;
 }
 
 bool CorvFlatForm::isCurrent() const

@@ -8,10 +8,11 @@
 #include <memory>
 #include <vector>
 
-/// The cover tree of a component's nodes, on the metric that their space had when it was made.
+/// The nodes of a component, found by nearness on the metric that their space had when the index was made: a cover
+/// tree, or up to some hundreds of nodes, where a walk over packed numbers is faster, a list of blocks.
 ///
 /// If the metric has a flat form the nodes are kept as points in one array and measured there; otherwise the metric is
-/// called on the configurations. Both give the bits that the metric gives.
+/// called on the configurations. All give the bits that the metric gives.
 class CorvNodeIndex
 {
 public:
@@ -21,12 +22,12 @@ public:
 
   /// True as long as the space measures as it did when the index was made.
   bool isCurrent(const CorvConfigSpace& i_space) const;
-  /// A node at the very place of another one is not entered.
+  /// Of nodes at the very same place the first made one is found.
   /// @return false, the index being of no more use, if a distance was infinite, undefined or not the same both ways.
   bool insert(const CorvNodeShPtr& i_node);
   /// The nearest node among those not farther than the bound, or null.
   CorvNodeShPtr nearest(const CorvConfig& i_config, double i_bound) const;
-  std::size_t memorySize() const { return sizeof(*this) + m_tree.allocatedBytes(); }
+  std::size_t memorySize() const;
 
 private:
   struct CQuery
@@ -56,12 +57,19 @@ private:
     std::vector<const CorvConfig*> m_configs; ///< without a flat form: of the nodes that the tree holds
   };
 
-  explicit CorvNodeIndex(CNodeMetric i_metric) : m_tree(std::move(i_metric)) {}
+  explicit CorvNodeIndex(CNodeMetric i_metric);
+  bool insertInTree(const CorvNodeShPtr& i_node);
+  bool insertInList(const CorvNodeShPtr& i_node);
+  bool makeTree();
+  CorvNodeShPtr nearestOfList(const CorvConfig& i_config, double i_bound) const;
   /// Good until the next one: the point lies in a scratch buffer.
   CQuery queryFrom(const CorvConfig& i_config) const;
   bool isMeasuredAlikeBothWays(const CorvNode& i_node) const;
 
   ClumCoverTree<CorvNodeShPtr, CNodeMetric, double> m_tree;
+  bool m_isList;                       ///< the tree is empty as yet
+  std::vector<CorvNodeShPtr> m_listed; ///< of a list: the nodes
+  std::vector<double> m_blocks;        ///< of a list: their points, see `CorvFlatForm::squaredDistancesOfBlock`
   mutable std::vector<double> m_queryPoint;
   unsigned int m_version = 0;
   mutable unsigned int m_metricRevision = 0;

@@ -18,8 +18,8 @@ LUM_DESCRIBE(CorvValidatorCfgCollisionBase)
 }
 
 const std::string CorvValidatorCfgCollisionBase::VALIDATOR_NAME("orvane.core.cfg-collision");
-unsigned long CorvValidatorCfgCollisionBase::s_countTests = 0;
-unsigned long CorvValidatorCfgCollisionBase::s_countQueries = 0;
+std::atomic<unsigned long> CorvValidatorCfgCollisionBase::s_countTests{0};
+std::atomic<unsigned long> CorvValidatorCfgCollisionBase::s_countQueries{0};
 
 namespace
 {

@@ -26,8 +26,8 @@ LUM_DESCRIBE(CorvValidatorDPCollision)
 }
 
 const std::string CorvValidatorDPCollision::DEFAULT_NAME("orvane.core.dp-collision");
-unsigned long CorvValidatorDPCollision::s_countTests = 0;
-unsigned long CorvValidatorDPCollision::s_countTestedConfigs = 0;
+std::atomic<unsigned long> CorvValidatorDPCollision::s_countTests{0};
+std::atomic<unsigned long> CorvValidatorDPCollision::s_countTestedConfigs{0};
 
 namespace
 {

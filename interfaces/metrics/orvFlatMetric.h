@@ -22,6 +22,13 @@ public:
   void makePoint(const double* i_values, double* o_point) const;
   /// The bits that the metric's own `squaredDistance` gives for the configurations.
   double squaredDistance(const double* i_pointA, const double* i_pointB) const;
+  /// Points in a block, its numbers in columns: number k of point i stands at `k * BLOCK_SIZE + i`. They are measured
+  /// many at a time. Only where all numbers are absolute or circular differences with finite factors.
+  static constexpr unsigned int BLOCK_SIZE = 64;
+  bool canMeasureBlocks() const;
+  /// The bits of `squaredDistance` for each point of a block.
+  /// @return false, the distances being unfinished, as soon as all are seen to be above the limit.
+  bool squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit, double* o_squared) const;
   /// False once a joint that gives a factor is gone or gives another one.
   bool isCurrent() const;
   /// True if both measure alike.

@@ -23,9 +23,10 @@ class CorvNodeIndex;
 /// The nodes are held here; roadmap and other components are known weakly. A component lives from `create` until a
 /// merge replaces it or the roadmap removes it, after which its `roadmap()` is null.
 ///
-/// Nearest nodes are found by a linear scan of up to nine nodes and through a cover tree from ten on. The tree is built
-/// on the metric that the space has at that time; if the space gets another metric or another version, it is dropped,
-/// and the next `addNode` builds a new one. It is not used for a metric that gives infinite or undefined distances,
+/// Nearest nodes are found by a linear scan of up to nine nodes and through an index from ten on: a cover tree, which up
+/// to 512 nodes is a list of packed points where the metric allows it. The index is built on the metric that the space
+/// has at that time; if the space gets another metric or another version, it is dropped, and the next `addNode` builds a
+/// new one. It is not used for a metric that gives infinite or undefined distances,
 /// nor for spaces with an oriented steering method. Scan and tree give the same node to the last bit: among nodes at
 /// equal distance the one that was created first.
 ///

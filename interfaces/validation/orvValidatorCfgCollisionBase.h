@@ -3,6 +3,7 @@
 #include "validation/orvCollisionQuery.h"
 #include "validation/orvValidator.h"
 
+#include <atomic>
 #include <cstdint>
 
 /// What the collision validators share: one name, so that a configuration has one collision report, one vocabulary of
@@ -67,8 +68,8 @@ protected:
   bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
                          const CorvDeviceShPtr& i_device) const;
 
-  static unsigned long s_countTests;
-  static unsigned long s_countQueries;
+  static std::atomic<unsigned long> s_countTests;
+  static std::atomic<unsigned long> s_countQueries;
 
 private:
   bool isOutdated(const CorvReportCfgCollision& i_report, const CorvCollisionQuery& i_query,

@@ -2,6 +2,8 @@
 
 #include "validation/orvValidator.h"
 
+#include <atomic>
+
 /// Proves a direct path free of collision, from distances at a few configurations and the bound on the bodies' motion.
 ///
 /// A configuration whose bodies have clearances covers the stretch of the path on which no body can move farther than
@@ -127,6 +129,6 @@ private:
   bool m_alwaysUseExactDistance = false;
   std::vector<CAttributes> m_savedAttributes;
 
-  static unsigned long s_countTests;
-  static unsigned long s_countTestedConfigs;
+  static std::atomic<unsigned long> s_countTests;
+  static std::atomic<unsigned long> s_countTestedConfigs;
 };

@@ -339,7 +339,8 @@ TEST(CorvInjectionBuilder, PutsTheValidPartsOfPathsIntoTheRoadmap)
   const CorvInjectionBuilderShPtr builder = CorvInjectionBuilder::create(world.roadmap);
   EXPECT_TRUE(builder->addPath(CorvPathConstShPtr()).failed());
   EXPECT_TRUE(builder->addPath(CorvPath::createWithConfig(world.at(1.0, 1.0))).failed());
-  EXPECT_TRUE(builder->addPath(pathThrough({DiscWorld().at(1.0, 1.0), DiscWorld().at(1.0, 2.0)})).failed());
+  const DiscWorld elsewhere;
+  EXPECT_TRUE(builder->addPath(pathThrough({elsewhere.at(1.0, 1.0), elsewhere.at(1.0, 2.0)})).failed());
   EXPECT_TRUE(builder->addPaths({path, CorvPathConstShPtr()}).failed());
   EXPECT_EQ(builder->countPaths(), 0u);
   ASSERT_TRUE(builder->addPath(path).succeeded());
