@@ -1,7 +1,7 @@
 #include "foundation/lumCollisionToolkit.h"
 
 #include "foundation/lumDescribe.h"
-#include "foundation/lumFCLCollisionToolkit.h"
+#include "foundation/lumProximityCollisionToolkit.h"
 
 #include <limits>
 
@@ -26,7 +26,7 @@ lmStatus ClumCollisionToolkit::init(const ClumCollisionToolkitWkPtr& i_weakPtr)
 
 const ClumCollisionToolkitShPtr& ClumCollisionToolkit::defaultCollisionToolkit()
 {
-  static const ClumCollisionToolkitShPtr s_default = ClumFCLCollisionToolkit::create();
+  static const ClumCollisionToolkitShPtr s_default = ClumProximityCollisionToolkit::create();
   return s_default;
 }
 

@@ -11,6 +11,7 @@ struct TFloats
 {
   __m256 lanes;
 
+  TFloats() = default;
   TFloats(__m256 i_lanes) : lanes(i_lanes) {}
   explicit TFloats(float v) : lanes(_mm256_set1_ps(v)) {}
   explicit TFloats(const float* v) : lanes(_mm256_load_ps(v)) {}
@@ -25,6 +26,7 @@ struct TDoubles
   TDoubles(__m256d i_lanes) : lanes(i_lanes) {}
   explicit TDoubles(double v) : lanes(_mm256_set1_pd(v)) {}
   explicit TDoubles(const double* v) : lanes(_mm256_load_pd(v)) {}
+  void storeAnywhere(double* o) const { _mm256_storeu_pd(o, lanes); }
   void store(double* o) const { _mm256_store_pd(o, lanes); }
 };
 
@@ -50,6 +52,10 @@ inline TFloats operator*(const TFloats& a, const TFloats& b)
 {
   return _mm256_mul_ps(a.lanes, b.lanes);
 }
+inline TFloats operator/(const TFloats& a, const TFloats& b)
+{
+  return _mm256_div_ps(a.lanes, b.lanes);
+}
 inline TFloats larger(const TFloats& a, const TFloats& b)
 {
   return _mm256_max_ps(a.lanes, b.lanes);
@@ -70,6 +76,23 @@ inline TFloats pick(const TFloats& a, const TFloats& b, const TFloats& i_then, c
 inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
 {
   return static_cast<unsigned int>(_mm256_movemask_ps(_mm256_cmp_ps(a.lanes, b.lanes, _CMP_LT_OQ)));
+}
+
+/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
+inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+{
+  const __m256i lanes = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+  __m256i ranks = _mm256_setzero_si256();
+  for (int shift = 1; shift < 8; ++shift)
+  {
+    const __m256i from = _mm256_and_si256(_mm256_add_epi32(lanes, _mm256_set1_epi32(shift)), _mm256_set1_epi32(7));
+    const __m256 other = _mm256_permutevar8x32_ps(i_keys.lanes, from);
+    const __m256i isLarger = _mm256_castps_si256(_mm256_cmp_ps(other, i_keys.lanes, _CMP_GT_OQ));
+    const __m256i isSame = _mm256_castps_si256(_mm256_cmp_ps(other, i_keys.lanes, _CMP_EQ_OQ));
+    const __m256i isBefore = _mm256_or_si256(isLarger, _mm256_and_si256(isSame, _mm256_cmpgt_epi32(lanes, from)));
+    ranks = _mm256_sub_epi32(ranks, isBefore);
+  }
+  _mm256_store_si256(reinterpret_cast<__m256i*>(o_ranks), ranks);
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)
@@ -124,5 +147,5 @@ inline TDoubles select(const TMask& m, const TDoubles& i_then, const TDoubles& i
 
 #include "foundation/lumProximitySearch.h"
 
-const CProximityKernel g_proximityAvx2 = {"AVX2", proximityDistance, proximityRay};
+const CProximityKernel g_proximityAvx2 = {"AVX2", proximityDistance, proximityContact, proximityRay};
 #endif

@@ -34,7 +34,7 @@ constexpr std::uint32_t PROXIMITY_PACKET_MASK = (1u << PROXIMITY_FIRST_SHIFT) - 
 
 /// The deepest that a tree may be, in nodes.
 constexpr unsigned int PROXIMITY_MAX_DEPTH = 72;
-constexpr unsigned int PROXIMITY_STACK_SIZE = 2 * 7 * PROXIMITY_MAX_DEPTH + 8;
+constexpr unsigned int PROXIMITY_STACK_SIZE = 4 * 8 * PROXIMITY_MAX_DEPTH;
 
 /// A model as the kernel sees it. Slot 0 is the box around all; the other children of node 0 are not used.
 struct CProximityTree
@@ -44,8 +44,9 @@ struct CProximityTree
   double radius; ///< of the ball around the origin that holds all triangles
 };
 
-/// How two triangles lie that could not be told apart from touching ones with certainty.
-using TProximitySettle = double (*)(const double i_row[9], const double i_lane[9]);
+/// Questions about single triangles, of three corners each, that the kernel leaves to others.
+using TProximityIsPierced = bool (*)(const double i_row[9], const double i_lane[9]);
+using TProximityDistance = double (*)(const double i_row[9], const double i_lane[9]);
 
 /// A question about two placed models. Distances are those of the bare triangles.
 struct CProximityQuery
@@ -60,7 +61,8 @@ struct CProximityQuery
   double stop;           ///< a distance with which the search ends
   std::uint32_t hintA;   ///< a triangle's place, or none
   std::uint32_t hintB;
-  TProximitySettle settle;
+  TProximityIsPierced isPierced; ///< whether an edge runs through a face beyond doubt
+  TProximityDistance distance;   ///< to full precision, however near they are
 };
 
 struct CProximityAnswer
@@ -78,6 +80,8 @@ struct CProximityKernel
 {
   const char* name;
   void (*distance)(const CProximityQuery& i_query, CProximityAnswer& o_answer);
+  /// Whether something is as near as `cap`, which must be `stop`; `share` must be 1. No lower bound is given.
+  void (*contact)(const CProximityQuery& i_query, CProximityAnswer& o_answer);
   /// Visits all leaves that the segment from a point to `i_length` along +x may meet.
   void (*ray)(const CProximityTree& i_tree, const double i_from[3], double i_length, TProximityVisit i_visit,
               void* io_data);

@@ -151,15 +151,29 @@ void CProximityModel::findParts(const ClumSweptTriangles& i_shape)
   for (const ClumSolids::CPart& part : solids.parts())
     m_parts.push_back(
       {i_shape.vertices[part.vertex].toVect3() - center, 0.0, part.isClosed, part.isOriented, part.sign});
+  std::vector<ClumVect3> lows(m_parts.size()), highs(m_parts.size());
+  for (std::size_t i = 0; i < m_parts.size(); ++i)
+    lows[i] = highs[i] = m_parts[i].point;
   for (std::size_t i = 0; i < i_shape.triangles.size(); ++i)
-  {
-    CPart& part = m_parts[solids.part(i)];
     for (const unsigned int vertex : i_shape.triangles[i])
-      part.reach = std::max(part.reach, (i_shape.vertices[vertex].toVect3() - center - part.point).norm());
+    {
+      const std::size_t rank = solids.part(i);
+      const ClumVect3 corner = i_shape.vertices[vertex].toVect3() - center;
+      m_parts[rank].reach = std::max(m_parts[rank].reach, (corner - m_parts[rank].point).norm());
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        lows[rank][k] = std::min(lows[rank][k], corner[k]);
+        highs[rank][k] = std::max(highs[rank][k], corner[k]);
+      }
+    }
+  for (std::size_t i = 0; i < m_parts.size(); ++i)
+  {
+    if (m_parts[i].isClosed)
+      m_solidSize =
+        std::max(m_solidSize, std::min(2.0 * m_parts[i].reach, (highs[i] - lows[i]).norm()) * MODEL_RADIUS_SLACK);
+    for (unsigned int k = 0; k < 3; ++k)
+      m_partPoints[k].push_back(static_cast<float>(m_parts[i].point[k]));
   }
-  for (const CPart& part : m_parts)
-    if (part.isClosed)
-      m_solidReach = std::max(m_solidReach, part.reach);
   if (m_parts.size() > 1)
     for (std::size_t i = 0; i < i_shape.triangles.size(); ++i)
       m_partOfTriangle.push_back(static_cast<std::uint32_t>(solids.part(i)));
@@ -184,6 +198,22 @@ bool CProximityModel::isInside(const ClumVect3& i_point) const
   return crossings.winding != 0 || !crossings.oddParts.empty();
 }
 
+bool CProximityModel::mayHavePartsNear(const ClumVect3& i_center, double i_radius) const
+{
+  const float x = static_cast<float>(i_center.x()), y = static_cast<float>(i_center.y());
+  const float z = static_cast<float>(i_center.z());
+  // In single precision, with room for its rounding.
+  const double reach = i_radius + 1e-6 * (i_radius + m_radius + i_center.norm());
+  const float square = static_cast<float>(reach * reach * (1.0 + 1e-6));
+  int countNear = 0;
+  for (std::size_t i = 0; i < m_parts.size(); ++i)
+  {
+    const float dx = m_partPoints[0][i] - x, dy = m_partPoints[1][i] - y, dz = m_partPoints[2][i] - z;
+    countNear += dx * dx + dy * dy + dz * dz <= square;
+  }
+  return countNear > 0 || !(square < std::numeric_limits<float>::max());
+}
+
 double CProximityModel::support(const ClumVect3& i_direction) const
 {
   double farthest = -std::numeric_limits<double>::infinity();
@@ -199,7 +229,7 @@ std::size_t CProximityModel::countBytes() const
 {
   return sizeof *this + m_nodes.capacity() * sizeof(CProximityNode) + m_packets.capacity() * sizeof(CProximityPacket) +
          m_places.capacity() * sizeof(std::uint32_t) + m_partOfTriangle.capacity() * sizeof(std::uint32_t) +
-         m_parts.capacity() * sizeof(CPart);
+         m_parts.capacity() * (sizeof(CPart) + 3 * sizeof(float));
 }
 
 std::vector<const CProximityKernel*> lumProximityKernels()

@@ -40,9 +40,11 @@ public:
   unsigned int triangleAt(std::uint32_t i_place) const { return m_packets[i_place >> 2].id[i_place & 3u]; }
   void corners(std::uint32_t i_place, ClumVect3 o_corners[3]) const;
   const std::vector<CPart>& parts() const { return m_parts; }
-  /// No closed part is larger than twice this.
-  double solidReach() const { return m_solidReach; }
-  bool hasSolid() const { return m_solidReach > 0.0; }
+  /// No two points of a closed part are farther apart.
+  double solidSize() const { return m_solidSize; }
+  bool hasSolid() const { return m_solidSize > 0.0; }
+  /// False if the points of all parts are farther from a place than a radius.
+  bool mayHavePartsNear(const ClumVect3& i_center, double i_radius) const;
   /// True if the point, in the model's coordinates, lies inside of a closed part. A point of the surface may get either
   /// answer.
   bool isInside(const ClumVect3& i_point) const;
@@ -62,12 +64,13 @@ private:
   std::vector<std::uint32_t> m_places;         ///< of the triangles
   std::vector<std::uint32_t> m_partOfTriangle; ///< empty if there is one part
   std::vector<CPart> m_parts;
+  std::vector<float> m_partPoints[3]; ///< the coordinates of the parts' points
   ClumVect3 m_low;
   ClumVect3 m_high;
   CProximityTree m_tree = {};
   double m_sweep = 0.0;
   double m_excess = 0.0;
-  double m_solidReach = 0.0;
+  double m_solidSize = 0.0;
 };
 
 /// The kernels that this machine can run, the fastest last.

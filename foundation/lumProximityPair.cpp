@@ -12,15 +12,31 @@ constexpr double PROXIMITY_POSE_SLACK = 4e-15;
 /// Beyond this distance of the centres, in parts of the radii, the far search is used.
 constexpr double PROXIMITY_FAR_RATIO = 1024.0;
 
-double settleTriangles(const double i_row[9], const double i_lane[9])
+struct CPairOfTriangles
 {
-  ClumVect3 s[3], t[3];
-  for (unsigned int k = 0; k < 3; ++k)
+  ClumVect3 s[3];
+  ClumVect3 t[3];
+
+  CPairOfTriangles(const double i_row[9], const double i_lane[9])
   {
-    s[k].setValue(i_row[3 * k], i_row[3 * k + 1], i_row[3 * k + 2]);
-    t[k].setValue(i_lane[3 * k], i_lane[3 * k + 1], i_lane[3 * k + 2]);
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      s[k].setValue(i_row[3 * k], i_row[3 * k + 1], i_row[3 * k + 2]);
+      t[k].setValue(i_lane[3 * k], i_lane[3 * k + 1], i_lane[3 * k + 2]);
+    }
   }
-  return lumSureTriangleDistance(s, t);
+};
+
+bool arePairCornersPierced(const double i_row[9], const double i_lane[9])
+{
+  const CPairOfTriangles pair(i_row, i_lane);
+  return lumAreSurelyPierced(pair.s, pair.t);
+}
+
+double pairCornersDistance(const double i_row[9], const double i_lane[9])
+{
+  const CPairOfTriangles pair(i_row, i_lane);
+  return lumSureTriangleDistance(pair.s, pair.t);
 }
 } // namespace
 
@@ -44,7 +60,8 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   m_query.b = m_b.tree();
   m_query.sweep = m_sweep;
   m_query.hintA = m_query.hintB = PROXIMITY_NONE;
-  m_query.settle = &settleTriangles;
+  m_query.isPierced = &arePairCornersPierced;
+  m_query.distance = &pairCornersDistance;
 }
 
 ClumVect3 CProximityPair::translation() const
@@ -105,11 +122,27 @@ CProximityAnswer CProximityPair::search(double i_cap, double i_share, double i_s
   m_query.share = i_share;
   m_query.stop = i_stop;
   CProximityAnswer answer;
-  if (m_length > PROXIMITY_FAR_RATIO * (m_query.a.radius + m_query.b.radius) && m_length > 0.0)
+  if (isFar())
     lumProximityFarDistance(m_query, answer);
   else
     lumProximityKernel().distance(m_query, answer);
   return answer;
+}
+
+CProximityAnswer CProximityPair::searchContact()
+{
+  if (isFar())
+    return search(reach(), 1.0, reach());
+  m_query.cap = m_query.stop = reach();
+  m_query.share = 1.0;
+  CProximityAnswer answer;
+  lumProximityKernel().contact(m_query, answer);
+  return answer;
+}
+
+bool CProximityPair::isFar() const
+{
+  return m_length > PROXIMITY_FAR_RATIO * (m_query.a.radius + m_query.b.radius);
 }
 
 bool CProximityPair::areTouching()
@@ -119,15 +152,25 @@ bool CProximityPair::areTouching()
 
 bool CProximityPair::isNested() const
 {
-  // A part that lies inside is not longer than what it lies in.
-  if (m_a.hasSolid())
-    for (const CProximityModel::CPart& part : m_b.parts())
-      if (part.reach <= 2.0 * m_a.solidReach() && m_a.isInside(toA(part.point)))
-        return true;
-  if (m_b.hasSolid())
-    for (const CProximityModel::CPart& part : m_a.parts())
-      if (part.reach <= 2.0 * m_b.solidReach() && m_b.isInside(toB(part.point)))
-        return true;
+  return (m_a.hasSolid() && m_b.mayHavePartsNear(toB(ClumVect3()), m_a.tree().radius) && isSecondInFirst()) ||
+         (m_b.hasSolid() && m_a.mayHavePartsNear(translation(), m_b.tree().radius) && isFirstInSecond());
+}
+
+// A part that lies inside is not longer than what it lies in.
+
+bool CProximityPair::isSecondInFirst() const
+{
+  for (const CProximityModel::CPart& part : m_b.parts())
+    if (part.reach <= m_a.solidSize() && m_a.isInside(toA(part.point)))
+      return true;
+  return false;
+}
+
+bool CProximityPair::isFirstInSecond() const
+{
+  for (const CProximityModel::CPart& part : m_a.parts())
+    if (part.reach <= m_b.solidSize() && m_b.isInside(toB(part.point)))
+      return true;
   return false;
 }
 

@@ -40,7 +40,8 @@ public:
   void hint(const CProximityAnswer& i_answer);
 
   CProximityAnswer search(double i_cap, double i_share, double i_stop);
-  CProximityAnswer searchContact() { return search(reach(), 1.0, reach()); }
+  /// Looks for triangles within `reach()`.
+  CProximityAnswer searchContact();
   bool areTouching();
   /// True if some part of one lies inside a closed part of the other, given that the surfaces are apart.
   bool isNested() const;
@@ -51,6 +52,10 @@ public:
   double nearestPoints(const CProximityAnswer& i_answer, ClumVect3& o_onA, ClumVect3& o_onB) const;
 
 private:
+  bool isFar() const;
+  bool isSecondInFirst() const;
+  bool isFirstInSecond() const;
+
   const CProximityModel& m_a;
   const CProximityModel& m_b;
   const ClumMat4& m_poseA;

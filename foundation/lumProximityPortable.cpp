@@ -8,6 +8,7 @@ struct TFloats
 {
   float lanes[8];
 
+  TFloats() = default;
   explicit TFloats(float v)
   {
     for (float& lane : lanes)
@@ -40,6 +41,7 @@ struct TDoubles
     for (int k = 0; k < 4; ++k)
       lanes[k] = v[k];
   }
+  void storeAnywhere(double* o) const { store(o); }
   void store(double* o) const
   {
     for (int k = 0; k < 4; ++k)
@@ -86,6 +88,10 @@ inline TFloats operator*(const TFloats& a, const TFloats& b)
 {
   return each(a, b, [](float x, float y) { return x * y; });
 }
+inline TFloats operator/(const TFloats& a, const TFloats& b)
+{
+  return each(a, b, [](float x, float y) { return x / y; });
+}
 inline TFloats larger(const TFloats& a, const TFloats& b)
 {
   return each(a, b, [](float x, float y) { return x > y ? x : y; });
@@ -113,6 +119,22 @@ inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
   for (int k = 0; k < 8; ++k)
     lanes |= static_cast<unsigned int>(a.lanes[k] < b.lanes[k]) << k;
   return lanes;
+}
+
+/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
+inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+{
+  alignas(32) float keys[8];
+  i_keys.store(keys);
+  for (int k = 0; k < 8; ++k)
+    o_ranks[k] = 0;
+  for (int i = 0; i < 8; ++i)
+    for (int j = i + 1; j < 8; ++j)
+    {
+      const int isLater = keys[j] > keys[i];
+      o_ranks[i] += isLater;
+      o_ranks[j] += 1 - isLater;
+    }
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)
@@ -171,4 +193,4 @@ inline TDoubles select(const TMask& m, const TDoubles& i_then, const TDoubles& i
 
 #include "foundation/lumProximitySearch.h"
 
-const CProximityKernel g_proximityPortable = {"portable", proximityDistance, proximityRay};
+const CProximityKernel g_proximityPortable = {"portable", proximityDistance, proximityContact, proximityRay};

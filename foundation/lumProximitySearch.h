@@ -1,9 +1,12 @@
 // No include guard: each source of the proximity kernel includes this once, after it has defined `TFloats`, eight
 // numbers in single precision, and `TDoubles` with `TMask`, four in double precision.
 
+#define LUM_PROXIMITY_INLINE __attribute__((always_inline)) inline
+
 namespace
 {
 constexpr float PROXIMITY_LARGEST = 3.4e38f;
+constexpr float PROXIMITY_SMALLEST = 1e-37f;
 constexpr double PROXIMITY_FAR = 1e300;
 
 /// What is taken off a distance of two boxes, in parts of the size of the pair: see docs/proximity.md.
@@ -14,6 +17,10 @@ constexpr double PROXIMITY_SURE_GAP = 1e-13;
 constexpr double PROXIMITY_SURE_SLAB = 1e-14;
 /// Edges of which the square of the sine is less are nearly parallel.
 constexpr double PROXIMITY_PARALLEL = 1e-8;
+
+/// Where shapes collide, one of the first pairs of triangles that are measured mostly does: so many rows are looked at
+/// for that before anything else.
+constexpr unsigned int PROXIMITY_TRIALS = 4;
 
 struct TVectors
 {
@@ -82,7 +89,7 @@ struct CProximityMove
       shift[k] = static_cast<float>(translation[k]);
   }
 
-  void place(const CProximityTree& i_tree, std::uint32_t i_slot, CPlacedBox& o_box) const
+  LUM_PROXIMITY_INLINE void place(const CProximityTree& i_tree, std::uint32_t i_slot, CPlacedBox& o_box) const
   {
     const CProximityNode& node = i_tree.nodes[i_slot >> 3];
     const unsigned int lane = i_slot & 7u;
@@ -99,41 +106,82 @@ struct CProximityMove
   }
 };
 
-/// Compares a box with the eight of a node. A key is the square of a lower bound of the distance, before the slack; for
-/// boxes of which neither has a face between them it is minus the depth at which they overlap at least.
-inline TFloats boxKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
+/// Compares a box with the eight of a node, along the faces' normals of all. What is negative is no gap.
+///
+/// The sums are written as trees: what counts is how long the longest chain of operations is.
+struct CBoxGaps
 {
-  const TFloats zero(0.0f);
-  const TFloats dx = TFloats(i_node.center[0]) - TFloats(i_box.center[0]);
-  const TFloats dy = TFloats(i_node.center[1]) - TFloats(i_box.center[1]);
-  const TFloats dz = TFloats(i_node.center[2]) - TFloats(i_box.center[2]);
-  TFloats reach[3] = {TFloats(i_box.half[0]), TFloats(i_box.half[1]), TFloats(i_box.half[2])};
-  TFloats largest(-PROXIMITY_LARGEST), childSquare = zero, boxSquare = zero;
-  for (int j = 0; j < 3; ++j)
+  TFloats childOffset[3], childGap[3]; ///< along the axes of the eight: of the centre, and the gap
+  TFloats boxOffset[3], boxGap[3];     ///< along the axes of the one
+  TFloats square;                      ///< of the distance of the centres
+
+  LUM_PROXIMITY_INLINE CBoxGaps(const CProximityNode& i_node, const CPlacedBox& i_box)
   {
-    const TFloats bx(i_node.axes[j][0]), by(i_node.axes[j][1]), bz(i_node.axes[j][2]);
-    const TFloats half(i_node.half[j]);
-    TFloats gap = magnitude((bx * dx + by * dy) + bz * dz) - half;
+    const TFloats dx = TFloats(i_node.center[0]) - TFloats(i_box.center[0]);
+    const TFloats dy = TFloats(i_node.center[1]) - TFloats(i_box.center[1]);
+    const TFloats dz = TFloats(i_node.center[2]) - TFloats(i_box.center[2]);
+    square = (dx * dx + dy * dy) + dz * dz;
+    TFloats reach[3];
     for (int i = 0; i < 3; ++i)
     {
       const float* axis = i_box.axes[i];
-      const TFloats cosine = magnitude((bx * TFloats(axis[0]) + by * TFloats(axis[1])) + bz * TFloats(axis[2]));
-      gap = gap - cosine * TFloats(i_box.half[i]);
-      reach[i] = reach[i] + cosine * half;
+      boxOffset[i] = magnitude((dx * TFloats(axis[0]) + dy * TFloats(axis[1])) + dz * TFloats(axis[2]));
+      reach[i] = TFloats(i_box.half[i]);
     }
-    largest = larger(largest, gap);
-    const TFloats apart = larger(gap, zero);
-    childSquare = childSquare + apart * apart;
+    for (int j = 0; j < 3; ++j)
+    {
+      const TFloats bx(i_node.axes[j][0]), by(i_node.axes[j][1]), bz(i_node.axes[j][2]);
+      const TFloats half(i_node.half[j]);
+      childOffset[j] = magnitude((bx * dx + by * dy) + bz * dz);
+      TFloats shares[3];
+      for (int i = 0; i < 3; ++i)
+      {
+        const float* axis = i_box.axes[i];
+        const TFloats cosine = magnitude((bx * TFloats(axis[0]) + by * TFloats(axis[1])) + bz * TFloats(axis[2]));
+        shares[i] = cosine * TFloats(i_box.half[i]);
+        reach[i] = reach[i] + cosine * half;
+      }
+      childGap[j] = (childOffset[j] - half) - ((shares[0] + shares[1]) + shares[2]);
+    }
+    for (int i = 0; i < 3; ++i)
+      boxGap[i] = boxOffset[i] - reach[i];
   }
-  for (int i = 0; i < 3; ++i)
+
+  LUM_PROXIMITY_INLINE TFloats largest() const
   {
-    const float* axis = i_box.axes[i];
-    const TFloats gap = magnitude((dx * TFloats(axis[0]) + dy * TFloats(axis[1])) + dz * TFloats(axis[2])) - reach[i];
-    largest = larger(largest, gap);
-    const TFloats apart = larger(gap, zero);
-    boxSquare = boxSquare + apart * apart;
+    return larger(larger(larger(childGap[0], childGap[1]), larger(childGap[2], boxGap[0])),
+                  larger(boxGap[1], boxGap[2]));
   }
-  return pick(largest, zero, larger(childSquare, boxSquare), largest);
+};
+
+/// Of a box and the one around another in its frame.
+LUM_PROXIMITY_INLINE TFloats squareOfGaps(const TFloats i_gaps[3])
+{
+  const TFloats zero(0.0f);
+  const TFloats x = larger(i_gaps[0], zero), y = larger(i_gaps[1], zero), z = larger(i_gaps[2], zero);
+  return (x * x + y * y) + z * z;
+}
+
+/// The squares of lower bounds of the distances, before the slack; for boxes that nothing parts, minus the depth at
+/// which they overlap at least.
+LUM_PROXIMITY_INLINE TFloats distanceKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
+{
+  const CBoxGaps gaps(i_node, i_box);
+  const TFloats zero(0.0f);
+  // Between planes across the line of the centres.
+  TFloats along = gaps.square;
+  for (int k = 0; k < 3; ++k)
+    along = along - (gaps.childOffset[k] * TFloats(i_node.half[k]) + gaps.boxOffset[k] * TFloats(i_box.half[k]));
+  along = larger(along, zero);
+  const TFloats alongSquare = along * along / larger(gaps.square, TFloats(PROXIMITY_SMALLEST));
+  const TFloats best = larger(larger(squareOfGaps(gaps.childGap), squareOfGaps(gaps.boxGap)), alongSquare);
+  return pick(best, zero, best, gaps.largest());
+}
+
+/// Where the question is only whether there is a contact: the largest gaps.
+LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
+{
+  return CBoxGaps(i_node, i_box).largest();
 }
 
 /// A packet of b in the frame of a.
@@ -224,13 +272,19 @@ struct CProximityHeights
   }
 };
 
+/// Two boxes that may have something near between them. The two slots are kept as one number, since a number that is
+/// read in other pieces than it was written holds the machine up.
 struct CProximityTask
 {
   float key;
-  std::uint32_t a;
-  std::uint32_t b;
+  std::uint64_t slots;
+
+  std::uint32_t a() const { return static_cast<std::uint32_t>(slots); }
+  std::uint32_t b() const { return static_cast<std::uint32_t>(slots >> 32); }
 };
 
+/// @tparam IS_CONTACT all that is wanted is whether something is as near as the cap.
+template <bool IS_CONTACT>
 class CProximitySearch
 {
 public:
@@ -262,20 +316,28 @@ public:
   void run(CProximityAnswer& o_answer)
   {
     if (m_query.hintA != PROXIMITY_NONE && m_query.hintB != PROXIMITY_NONE)
-      measureRow(m_query.hintA >> 2, m_query.hintA & 3u, m_query.hintB >> 2);
-    CProximityTask task = {-PROXIMITY_LARGEST, 0, 0};
-    while (m_best > m_query.stop)
     {
-      const std::uint32_t a = child(m_query.a, task.a), b = child(m_query.b, task.b);
-      if (a & b & PROXIMITY_LEAF)
-        measureLeaves(a, b);
-      else if (split(task, a, b))
-        continue;
-      if (m_best <= m_query.stop || !pop(task))
-        break;
+      placePacket(m_query.hintB >> 2);
+      measureRow(m_query.hintA >> 2, m_query.hintA & 3u, m_query.hintB >> 2, TDoubles(-PROXIMITY_FAR));
+    }
+    CProximityTask task = {-PROXIMITY_LARGEST, 0}, next = task;
+    put(task);
+    while (m_best > m_query.stop && pop(task))
+    {
+      if (isLeafPair(task))
+        measureLeaves(task);
+      else if (!pop(next))
+        split(task);
+      else if (!isLeafPair(next))
+        splitTwo(task, next);
+      else
+      {
+        put(next);
+        split(task);
+      }
     }
     o_answer.best = m_best < PROXIMITY_FAR ? m_best : __builtin_inf();
-    o_answer.lower = lowerBound(task.key);
+    o_answer.lower = IS_CONTACT ? 0.0 : lowerBound(m_best > m_query.stop ? PROXIMITY_LARGEST : task.key);
     o_answer.placeA = m_placeA;
     o_answer.placeB = m_placeB;
   }
@@ -314,7 +376,7 @@ private:
     {
       float left = i_lastKey;
       for (unsigned int i = 0; i < m_countTasks; ++i)
-        left = m_stack[i].key < left ? m_stack[i].key : left;
+        left = m_keys[i] < left ? m_keys[i] : left;
       lower = distanceOfKey(left) < lower ? distanceOfKey(left) : lower;
     }
     return m_best < lower ? m_best : lower;
@@ -323,92 +385,177 @@ private:
   void setThreshold()
   {
     const double reach = (m_bound + m_slack) * PROXIMITY_BOX_SHARE;
-    const double square = reach * reach;
+    const double square = IS_CONTACT ? reach : reach * reach;
     m_threshold = square < PROXIMITY_LARGEST ? static_cast<float>(square) : PROXIMITY_LARGEST;
+  }
+
+  void put(const CProximityTask& i_task)
+  {
+    m_keys[m_countTasks] = i_task.key;
+    m_slots[m_countTasks++] = i_task.slots;
   }
 
   bool pop(CProximityTask& o_task)
   {
     while (m_countTasks > 0)
     {
-      o_task = m_stack[--m_countTasks];
+      o_task.key = m_keys[--m_countTasks];
+      o_task.slots = m_slots[m_countTasks];
       if (o_task.key < m_threshold)
         return true;
       m_passedKey = o_task.key < m_passedKey ? o_task.key : m_passedKey;
     }
-    o_task.key = PROXIMITY_LARGEST;
     return false;
   }
 
-  /// Splits the larger one of the two boxes. @return false if no pair is left of it, otherwise the nearest in
-  /// `io_task`.
-  bool split(CProximityTask& io_task, std::uint32_t i_a, std::uint32_t i_b)
+  bool isLeafPair(const CProximityTask& i_task) const
   {
-    const bool splitsA =
-      (i_b & PROXIMITY_LEAF) || (!(i_a & PROXIMITY_LEAF) && size(m_query.a, io_task.a) > size(m_query.b, io_task.b));
-    const std::uint32_t rank = splitsA ? i_a : i_b;
-    const CProximityNode& node = (splitsA ? m_query.a : m_query.b).nodes[rank];
-    if (splitsA)
-      place(m_toA, m_query.b, io_task.b, 1);
+    return (child(m_query.a, i_task.a()) & child(m_query.b, i_task.b()) & PROXIMITY_LEAF) != 0;
+  }
+
+  /// Which of the two boxes of a task gives way to its eight children: the larger one.
+  struct CSplit
+  {
+    bool isOfA;
+    std::uint32_t rank; ///< of the node
+  };
+  CSplit chooseSplit(const CProximityTask& i_task) const
+  {
+    const std::uint32_t a = child(m_query.a, i_task.a()), b = child(m_query.b, i_task.b());
+    const bool isOfA =
+      (b & PROXIMITY_LEAF) || (!(a & PROXIMITY_LEAF) && size(m_query.a, i_task.a()) > size(m_query.b, i_task.b()));
+    return {isOfA, isOfA ? a : b};
+  }
+
+  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split) const
+  {
+    CPlacedBox box;
+    if (i_split.isOfA)
+      m_toA.place(m_query.b, i_task.b(), box);
     else
-      place(m_toB, m_query.a, io_task.a, 0);
-    const TFloats keys = boxKeys(node, m_placedBox);
+      m_toB.place(m_query.a, i_task.a(), box);
+    const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
+    return IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
+  }
+
+  void split(const CProximityTask& i_task)
+  {
+    const CSplit choice = chooseSplit(i_task);
+    push(i_task, choice, keysOf(i_task, choice));
+  }
+
+  /// Two at a time, because the second does not have to wait for the first.
+  void splitTwo(const CProximityTask& i_first, const CProximityTask& i_second)
+  {
+    const CSplit first = chooseSplit(i_first), second = chooseSplit(i_second);
+    const TFloats firstKeys = keysOf(i_first, first), secondKeys = keysOf(i_second, second);
+    push(i_second, second, secondKeys);
+    push(i_first, first, firstKeys);
+  }
+
+  /// Puts what is near enough of a split task on the stack, the nearest on top.
+  void push(const CProximityTask& i_task, const CSplit& i_split, const TFloats& i_keys)
+  {
     const TFloats threshold(m_threshold);
-    unsigned int lanes = lanesBelow(keys, threshold);
-    m_passedKeys = smaller(m_passedKeys, pick(threshold, keys, TFloats(PROXIMITY_LARGEST), keys));
+    const unsigned int lanes = lanesBelow(i_keys, threshold);
+    if (!IS_CONTACT)
+      m_passedKeys = smaller(m_passedKeys, pick(threshold, i_keys, TFloats(PROXIMITY_LARGEST), i_keys));
     if (lanes == 0)
-      return false;
+      return;
+    // The order is found without a branch, since nobody could guess it; what is not near enough ends up behind.
     alignas(32) float values[8];
-    keys.store(values);
-    CProximityTask* tasks = m_stack + m_countTasks;
-    unsigned int count = 0;
-    for (; lanes; lanes &= lanes - 1u)
+    alignas(32) int ranks[8];
+    i_keys.store(values);
+    storeRanks(pick(threshold, i_keys, i_keys, TFloats(-PROXIMITY_LARGEST)), ranks);
+    const std::uint64_t slot = 8 * static_cast<std::uint64_t>(i_split.rank);
+    const std::uint64_t step = i_split.isOfA ? 1 : std::uint64_t(1) << 32;
+    const std::uint64_t first =
+      i_split.isOfA ? (i_task.slots & 0xffffffff00000000u) + slot : (i_task.slots & 0xffffffffu) + (slot << 32);
+    for (unsigned int lane = 0; lane < 8; ++lane)
     {
-      const unsigned int lane = static_cast<unsigned int>(__builtin_ctz(lanes));
-      const float key = values[lane];
-      unsigned int at = count++;
-      for (; at > 0 && tasks[at - 1].key < key; --at)
-        tasks[at] = tasks[at - 1];
-      tasks[at].key = key;
-      tasks[at].a = splitsA ? 8 * rank + lane : io_task.a;
-      tasks[at].b = splitsA ? io_task.b : 8 * rank + lane;
+      const unsigned int at = m_countTasks + static_cast<unsigned int>(ranks[lane]);
+      m_keys[at] = values[lane];
+      m_slots[at] = first + lane * step;
     }
-    m_countTasks += count - 1;
-    io_task = tasks[count - 1];
-    return true;
+    const unsigned int count = static_cast<unsigned int>(__builtin_popcount(lanes));
+    m_countTasks += count;
   }
 
-  void place(const CProximityMove& i_move, const CProximityTree& i_tree, std::uint32_t i_slot, std::uint32_t i_side)
+  void placePacket(std::uint32_t i_rank)
   {
-    const std::uint32_t name = 2 * i_slot + i_side;
-    if (name != m_placedName)
-      i_move.place(i_tree, i_slot, m_placedBox);
-    m_placedName = name;
+    if (m_placed.rank != i_rank)
+      m_placed.place(m_query.b.packets[i_rank], i_rank, m_toA);
   }
 
-  void measureLeaves(std::uint32_t i_a, std::uint32_t i_b)
+  void measureLeaves(const CProximityTask& i_task)
   {
-    const std::uint32_t packetA = i_a & PROXIMITY_PACKET_MASK;
-    const unsigned int first = (i_a >> PROXIMITY_FIRST_SHIFT) & 3u, count = ((i_a >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
+    const std::uint32_t a = child(m_query.a, i_task.a());
+    const std::uint32_t packetA = a & PROXIMITY_PACKET_MASK;
+    const std::uint32_t packetB = child(m_query.b, i_task.b()) & PROXIMITY_PACKET_MASK;
+    const unsigned int first = (a >> PROXIMITY_FIRST_SHIFT) & 3u, count = ((a >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
+    placePacket(packetB);
+    // Between planes across the line of the boxes' centres.
+    double line[3];
+    const double length = centerLine(i_task, line);
+    const TDoubles scale(length > 0.0 ? 1.0 / length : 0.0), bound(length > 0.0 ? m_bound * length : PROXIMITY_FAR);
+    const CProximityPacket& packet = m_query.a.packets[packetA];
+    const TVectors direction = all(line);
+    TVectors corners[3];
+    for (int k = 0; k < 3; ++k)
+      corners[k] = {TDoubles(packet.corners[k][0]), TDoubles(packet.corners[k][1]), TDoubles(packet.corners[k][2])};
+    const TDoubles farthest =
+      larger(larger(dot(direction, corners[0]), dot(direction, corners[1])), dot(direction, corners[2]));
+    const TDoubles nearest = smaller(smaller(dot(direction, m_placed.corners[0]), dot(direction, m_placed.corners[1])),
+                                     dot(direction, m_placed.corners[2]));
+    alignas(32) double reach[4];
+    farthest.store(reach);
     for (unsigned int i = first; i < first + count && m_best > m_query.stop; ++i)
-      measureRow(packetA, i, i_b & PROXIMITY_PACKET_MASK);
+    {
+      const TDoubles gap = nearest - TDoubles(reach[i]);
+      if ((gap < bound).any())
+        measureRow(packetA, i, packetB, gap * scale);
+      else
+        m_passedGaps = smaller(m_passedGaps, gap * scale);
+    }
   }
 
-  void measureRow(std::uint32_t i_packetA, unsigned int i_lane, std::uint32_t i_packetB)
+  /// The vector from the centre of a box of a to that of one of b. @return its length.
+  double centerLine(const CProximityTask& i_task, double o_line[3]) const
   {
-    if (m_placed.rank != i_packetB)
-      m_placed.place(m_query.b.packets[i_packetB], i_packetB, m_toA);
+    const CProximityNode& nodeA = m_query.a.nodes[i_task.a() >> 3];
+    const CProximityNode& nodeB = m_query.b.nodes[i_task.b() >> 3];
+    const unsigned int laneA = i_task.a() & 7u, laneB = i_task.b() & 7u;
+    const double x = nodeB.center[0][laneB], y = nodeB.center[1][laneB], z = nodeB.center[2][laneB];
+    for (int r = 0; r < 3; ++r)
+    {
+      const double* row = m_toA.rotation + 3 * r;
+      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + m_toA.translation[r] - nodeA.center[r][laneA];
+    }
+    return __builtin_sqrt((o_line[0] * o_line[0] + o_line[1] * o_line[1]) + o_line[2] * o_line[2]);
+  }
+
+  /// @param i_gap what the triangles are known to be apart.
+  void measureRow(std::uint32_t i_packetA, unsigned int i_lane, std::uint32_t i_packetB, const TDoubles& i_gap)
+  {
+    const TDoubles bound(m_bound);
     const CProximityPacket& packet = m_query.a.packets[i_packetA];
     CProximityRow row;
     row.load(packet, i_lane);
     CProximityHeights onRow, onLanes;
     onRow.measure(row.normal, row.corners[0], m_placed.corners);
     onLanes.measure(m_placed.normal, m_placed.corners[0], row.corners);
-    const TDoubles gap = larger(onRow.gap, onLanes.gap);
-    const TMask isNear = gap < TDoubles(m_bound);
+    const TDoubles gap = larger(larger(onRow.gap, onLanes.gap), i_gap);
+    const TMask isNear = gap < bound;
     m_passedGaps = smaller(m_passedGaps, select(isNear, TDoubles(PROXIMITY_FAR), gap));
     if (!isNear.any())
       return;
+    const unsigned int doubtful = (isNear & (gap < TDoubles(m_sureGap))).lanes();
+    if (doubtful && m_trials < PROXIMITY_TRIALS)
+    {
+      ++m_trials;
+      if (isPierced(doubtful, packet, i_lane, i_packetA, i_packetB))
+        return;
+    }
     if (!m_placed.hasEdges)
       m_placed.makeEdges();
     const TVectors edges[3] = {row.corners[1] - row.corners[0], row.corners[2] - row.corners[1],
@@ -471,27 +618,61 @@ private:
     return nearest;
   }
 
+  /// A row and one of the packet's triangles, for the functions that take them one by one.
+  struct CPairOfCorners
+  {
+    double row[9];
+    double lanes[9][4];
+    double lane[9];
+
+    CPairOfCorners(const CProximityPacket& i_packet, unsigned int i_lane, const CPlacedPacket& i_placed)
+    {
+      for (int k = 0; k < 9; ++k)
+        row[k] = i_packet.corners[k / 3][k % 3][i_lane];
+      for (int k = 0; k < 3; ++k)
+      {
+        i_placed.corners[k].x.storeAnywhere(lanes[3 * k]);
+        i_placed.corners[k].y.storeAnywhere(lanes[3 * k + 1]);
+        i_placed.corners[k].z.storeAnywhere(lanes[3 * k + 2]);
+      }
+    }
+    void take(unsigned int i_lane)
+    {
+      for (int k = 0; k < 9; ++k)
+        lane[k] = lanes[k][i_lane];
+    }
+  };
+
+  /// Looks for a contact beyond doubt among some of the pairs of a row.
+  bool isPierced(unsigned int i_lanes, const CProximityPacket& i_packet, unsigned int i_lane, std::uint32_t i_packetA,
+                 std::uint32_t i_packetB)
+  {
+    CPairOfCorners corners(i_packet, i_lane, m_placed);
+    for (unsigned int l = 0; l < 4; ++l)
+    {
+      if (!(i_lanes >> l & 1u))
+        continue;
+      corners.take(l);
+      if (!m_query.isPierced(corners.row, corners.lane))
+        continue;
+      improve(0.0, 4 * i_packetA + i_lane, 4 * i_packetB + l);
+      return true;
+    }
+    return false;
+  }
+
   /// Pairs of which nothing was found to keep them apart: they touch, or nearly so.
   void settle(const TMask& i_isApart, const CProximityPacket& i_packet, unsigned int i_lane, double io_squares[4]) const
   {
     const unsigned int apart = i_isApart.lanes();
-    alignas(32) double lanes[9][4];
-    for (int k = 0; k < 3; ++k)
-    {
-      m_placed.corners[k].x.store(lanes[3 * k]);
-      m_placed.corners[k].y.store(lanes[3 * k + 1]);
-      m_placed.corners[k].z.store(lanes[3 * k + 2]);
-    }
-    double row[9], lane[9];
-    for (int k = 0; k < 9; ++k)
-      row[k] = i_packet.corners[k / 3][k % 3][i_lane];
+    CPairOfCorners corners(i_packet, i_lane, m_placed);
     for (unsigned int l = 0; l < 4; ++l)
     {
       if (apart >> l & 1u)
         continue;
-      for (int k = 0; k < 9; ++k)
-        lane[k] = lanes[k][l];
-      const double distance = m_query.settle(row, lane);
+      corners.take(l);
+      const double distance =
+        m_query.isPierced(corners.row, corners.lane) ? 0.0 : m_query.distance(corners.row, corners.lane);
       io_squares[l] = distance * distance;
     }
   }
@@ -525,16 +706,22 @@ private:
   float m_passedKey = PROXIMITY_LARGEST;
   std::uint32_t m_placeA = PROXIMITY_NONE;
   std::uint32_t m_placeB = PROXIMITY_NONE;
-  std::uint32_t m_placedName = PROXIMITY_NONE;
-  CPlacedBox m_placedBox;
   CPlacedPacket m_placed;
   unsigned int m_countTasks = 0;
-  CProximityTask m_stack[PROXIMITY_STACK_SIZE];
+  unsigned int m_trials = 0;          ///< rows of which a contact was looked for first
+  float m_keys[PROXIMITY_STACK_SIZE]; ///< of the tasks that wait
+  std::uint64_t m_slots[PROXIMITY_STACK_SIZE];
 };
 
 void proximityDistance(const CProximityQuery& i_query, CProximityAnswer& o_answer)
 {
-  CProximitySearch search(i_query);
+  CProximitySearch<false> search(i_query);
+  search.run(o_answer);
+}
+
+void proximityContact(const CProximityQuery& i_query, CProximityAnswer& o_answer)
+{
+  CProximitySearch<true> search(i_query);
   search.run(o_answer);
 }
 
@@ -549,7 +736,7 @@ void proximityRay(const CProximityTree& i_tree, const double i_from[3], double i
   }
   box.half[0] = static_cast<float>(0.5 * i_length);
   const double slack = PROXIMITY_BOX_SLACK * (i_tree.radius + 2.0 * i_length);
-  const TFloats threshold(static_cast<float>(slack * slack));
+  const TFloats threshold(static_cast<float>(slack));
   std::uint32_t stack[PROXIMITY_STACK_SIZE];
   unsigned int count = 1;
   stack[0] = 0;
@@ -557,7 +744,7 @@ void proximityRay(const CProximityTree& i_tree, const double i_from[3], double i
   {
     const std::uint32_t rank = stack[--count];
     const CProximityNode& node = i_tree.nodes[rank];
-    unsigned int lanes = lanesBelow(boxKeys(node, box), threshold);
+    unsigned int lanes = lanesBelow(contactKeys(node, box), threshold);
     for (; lanes; lanes &= lanes - 1u)
     {
       const std::uint32_t child = node.child[__builtin_ctz(lanes)];

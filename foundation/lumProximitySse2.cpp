@@ -11,6 +11,7 @@ struct TFloats
 {
   __m128 low, high;
 
+  TFloats() = default;
   TFloats(__m128 i_low, __m128 i_high) : low(i_low), high(i_high) {}
   explicit TFloats(float v) : low(_mm_set1_ps(v)), high(low) {}
   explicit TFloats(const float* v) : low(_mm_load_ps(v)), high(_mm_load_ps(v + 4)) {}
@@ -29,6 +30,11 @@ struct TDoubles
   TDoubles(__m128d i_low, __m128d i_high) : low(i_low), high(i_high) {}
   explicit TDoubles(double v) : low(_mm_set1_pd(v)), high(low) {}
   explicit TDoubles(const double* v) : low(_mm_load_pd(v)), high(_mm_load_pd(v + 2)) {}
+  void storeAnywhere(double* o) const
+  {
+    _mm_storeu_pd(o, low);
+    _mm_storeu_pd(o + 2, high);
+  }
   void store(double* o) const
   {
     _mm_store_pd(o, low);
@@ -58,6 +64,10 @@ inline TFloats operator*(const TFloats& a, const TFloats& b)
 {
   return {_mm_mul_ps(a.low, b.low), _mm_mul_ps(a.high, b.high)};
 }
+inline TFloats operator/(const TFloats& a, const TFloats& b)
+{
+  return {_mm_div_ps(a.low, b.low), _mm_div_ps(a.high, b.high)};
+}
 inline TFloats larger(const TFloats& a, const TFloats& b)
 {
   return {_mm_max_ps(a.low, b.low), _mm_max_ps(a.high, b.high)};
@@ -85,6 +95,22 @@ inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
 {
   return static_cast<unsigned int>(_mm_movemask_ps(_mm_cmplt_ps(a.low, b.low)) |
                                    _mm_movemask_ps(_mm_cmplt_ps(a.high, b.high)) << 4);
+}
+
+/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
+inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+{
+  alignas(32) float keys[8];
+  i_keys.store(keys);
+  for (int k = 0; k < 8; ++k)
+    o_ranks[k] = 0;
+  for (int i = 0; i < 8; ++i)
+    for (int j = i + 1; j < 8; ++j)
+    {
+      const int isLater = keys[j] > keys[i];
+      o_ranks[i] += isLater;
+      o_ranks[j] += 1 - isLater;
+    }
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)
@@ -144,5 +170,5 @@ inline TDoubles select(const TMask& m, const TDoubles& i_then, const TDoubles& i
 
 #include "foundation/lumProximitySearch.h"
 
-const CProximityKernel g_proximitySse2 = {"SSE2", proximityDistance, proximityRay};
+const CProximityKernel g_proximitySse2 = {"SSE2", proximityDistance, proximityContact, proximityRay};
 #endif

@@ -278,10 +278,13 @@ double lumTriangleUncertainty(const ClumVect3 i_corners[3])
   return height > SLIVER_RATIO * longest ? tilt * longest / height : height;
 }
 
+bool lumAreSurelyPierced(const ClumVect3 i_s[3], const ClumVect3 i_t[3])
+{
+  return isSurelyPierced(i_s, i_t) || isSurelyPierced(i_t, i_s);
+}
+
 double lumSureTriangleDistance(const ClumVect3 i_s[3], const ClumVect3 i_t[3])
 {
-  if (isSurelyPierced(i_s, i_t) || isSurelyPierced(i_t, i_s))
-    return 0.0;
   const CSureTriangle s(i_s), t(i_t);
   bool isApart = false;
   TSureNumber square = sureEdgeSquare(s, t, isApart);

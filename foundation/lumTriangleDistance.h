@@ -18,8 +18,11 @@ LUM_API double lumPointTriangleDistance(const ClumVect3& i_point, const ClumVect
 /// By how much these distances may be too large because of the triangle's shape.
 LUM_API double lumTriangleUncertainty(const ClumVect3 i_corners[3]);
 
+/// True if an edge of one runs through the face of the other, by more than rounding could feign.
+LUM_API bool lumAreSurelyPierced(const ClumVect3 i_s[3], const ClumVect3 i_t[3]);
+
 /// The distance of two triangles, as the above, but to full precision whatever their shapes and however near they are:
-/// in about 32 digits, unless an edge pierces a face beyond doubt. A hundred times slower where it comes to that.
+/// in about 32 digits, a hundred times slower.
 LUM_API double lumSureTriangleDistance(const ClumVect3 i_s[3], const ClumVect3 i_t[3]);
 
 /// The unit normal of a triangle, correct to rounding; 0 if its height is less than 1e-12 of its length.

@@ -5,6 +5,7 @@
 #include "foundation/lumCylinder.h"
 #include "foundation/lumFCLCollisionToolkit.h"
 #include "foundation/lumMesh.h"
+#include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumSphere.h"
 #include "../../foundation/lumTriangleDistance.h"
 #include "support/meshes.h"
@@ -51,10 +52,18 @@ ClumMat4 at(double i_x, double i_y, double i_z)
   return frame;
 }
 
+ClumCollisionToolkitShPtr toolkitNamed(const std::string& i_name)
+{
+  if (i_name == "FCL")
+    return ClumFCLCollisionToolkit::create();
+  return ClumProximityCollisionToolkit::create();
+}
+
 /// Asks about leaves instead of models.
 class Toolkit
 {
 public:
+  explicit Toolkit(const std::string& i_name) : m_toolkit(toolkitNamed(i_name)) {}
   bool areTouching(const ClumLeafGeometry& i_a, const ClumMat4& i_poseA, const ClumLeafGeometry& i_b,
                    const ClumMat4& i_poseB) const
   {
@@ -70,7 +79,7 @@ public:
   const ClumCollisionToolkit& operator*() const { return *m_toolkit; }
 
 private:
-  ClumFCLCollisionToolkitShPtr m_toolkit = ClumFCLCollisionToolkit::create();
+  ClumCollisionToolkitShPtr m_toolkit;
 };
 
 void expectTriangles(const ClumVect3 i_s[3], const ClumVect3 i_t[3])
@@ -99,6 +108,13 @@ void expectTriangles(const ClumVect3 i_s[3], const ClumVect3 i_t[3])
   }
 }
 } // namespace
+
+/// What must hold of both toolkits.
+class CollisionToolkit : public testing::TestWithParam<const char*>
+{
+};
+INSTANTIATE_TEST_SUITE_P(All, CollisionToolkit, testing::Values("FCL", "Proximity"),
+                         [](const testing::TestParamInfo<const char*>& i_info) { return std::string(i_info.param); });
 
 TEST(TriangleDistance, AgreesWithAllFeaturePairs)
 {
@@ -183,10 +199,10 @@ void expectSound(const ClumDistanceResult& i_result, const Truth& i_truth, doubl
 }
 } // namespace
 
-TEST(CollisionToolkit, MeshDistancesAgreeWithAllTrianglePairs)
+TEST_P(CollisionToolkit, MeshDistancesAgreeWithAllTrianglePairs)
 {
   const std::vector<ClumMeshShPtr> meshes = zoo();
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   Dice dice(5);
   unsigned int countContacts = 0, countNested = 0;
   for (int n = 0; n < 160; ++n)
@@ -233,9 +249,9 @@ TEST(CollisionToolkit, MeshDistancesAgreeWithAllTrianglePairs)
   EXPECT_GT(countNested, 2u);
 }
 
-TEST(CollisionToolkit, TouchingShapesCollide)
+TEST_P(CollisionToolkit, TouchingShapesCollide)
 {
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   const ClumMeshShPtr box = boxMesh(1.0, 1.0, 1.0);
   const ClumBoxShPtr solid = ClumBox::create(1.0, 1.0, 1.0);
   const ClumSphereShPtr ball = ClumSphere::create(0.5);
@@ -258,9 +274,9 @@ TEST(CollisionToolkit, TouchingShapesCollide)
   EXPECT_TRUE(toolkit.areTouching(*box, ClumMat4(), *box, ClumMat4()));
 }
 
-TEST(CollisionToolkit, WhatLiesInsideASolidCollides)
+TEST_P(CollisionToolkit, WhatLiesInsideASolidCollides)
 {
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   const ClumMeshShPtr big = boxMesh(4.0, 4.0, 4.0), small = boxMesh(1.0, 1.0, 1.0);
   const auto turned = [](const ClumMesh& i_mesh, std::size_t i_every)
   {
@@ -310,10 +326,10 @@ TEST(CollisionToolkit, WhatLiesInsideASolidCollides)
   }
 }
 
-TEST(CollisionToolkit, InsideIsToldAlongRaysThroughCornersAndEdges)
+TEST_P(CollisionToolkit, InsideIsToldAlongRaysThroughCornersAndEdges)
 {
   // The ball's corners share coordinates with the probes, so rays run through corners and along edges.
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   const ClumMeshShPtr ball = sphereMesh(1.0, 8);
   const ClumSphereShPtr probe = ClumSphere::create(1e-6);
   const auto surface = oracle::placed(*ball, ClumMat4());
@@ -354,7 +370,7 @@ double profileDistance(const ClumPoint3& i_point, const std::vector<std::pair<do
 }
 } // namespace
 
-TEST(CollisionToolkit, ShapesAgreeWithTheirFormulas)
+TEST_P(CollisionToolkit, ShapesAgreeWithTheirFormulas)
 {
   using oracle::Vector;
   const struct
@@ -388,7 +404,7 @@ TEST(CollisionToolkit, ShapesAgreeWithTheirFormulas)
      },
      0.9 * 7.6e-5},
   };
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   const ClumSphereShPtr probe = ClumSphere::create(0.05);
   Dice dice(21);
   for (const auto& test : cases)
@@ -413,9 +429,9 @@ TEST(CollisionToolkit, ShapesAgreeWithTheirFormulas)
     }
 }
 
-TEST(CollisionToolkit, ShapesAgreeWithMeshesOfThemselves)
+TEST_P(CollisionToolkit, ShapesAgreeWithMeshesOfThemselves)
 {
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   const ClumMeshShPtr knot = torusKnot(2, 3, 1.0, 0.2, 60, 8), cloud = sphereMesh(0.8, 9);
   const ClumConvexShPtr hull = ClumConvex::create(cloud->vertices());
   ASSERT_TRUE(hull);
@@ -448,9 +464,9 @@ TEST(CollisionToolkit, ShapesAgreeWithMeshesOfThemselves)
     }
 }
 
-TEST(CollisionToolkit, JoinedModelAnswersForAllOfItsShapes)
+TEST_P(CollisionToolkit, JoinedModelAnswersForAllOfItsShapes)
 {
-  const Toolkit toolkit;
+  const Toolkit toolkit(GetParam());
   Dice dice(31);
   std::vector<ClumPlacedLeaf> leaves;
   for (int i = 0; i < 5; ++i)
@@ -474,7 +490,7 @@ TEST(CollisionToolkit, JoinedModelAnswersForAllOfItsShapes)
   EXPECT_FALSE((*toolkit).makeJoinedModel({}));
 }
 
-TEST(CollisionToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
+TEST(FclToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
 {
   const ClumFCLCollisionToolkitShPtr toolkit = ClumFCLCollisionToolkit::create();
   const auto depth = [&](const ClumLeafGeometryShPtr& a, const ClumLeafGeometryShPtr& b, const ClumMat4& pose,
@@ -500,7 +516,7 @@ TEST(CollisionToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
   EXPECT_EQ(found, -1.0);
 }
 
-TEST(CollisionToolkit, RefusesWhatItCannotAnswerAsAContact)
+TEST(DefaultToolkit, RefusesWhatItCannotAnswerAsAContact)
 {
   struct ForeignModel : ClumCollisionModel
   {
@@ -521,6 +537,6 @@ TEST(CollisionToolkit, RefusesWhatItCannotAnswerAsAContact)
   EXPECT_EQ(toolkit->countQueries() - before, 6u);
   // All copies of a leaf share one model, whatever the toolkit object.
   const ClumGeometryShPtr copy = box->clone();
-  EXPECT_EQ(boost::dynamic_pointer_cast<ClumMesh>(copy)->collisionModel(*ClumFCLCollisionToolkit::create()).get(),
+  EXPECT_EQ(boost::dynamic_pointer_cast<ClumMesh>(copy)->collisionModel(*ClumProximityCollisionToolkit::create()).get(),
             &model);
 }
