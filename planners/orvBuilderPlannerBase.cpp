@@ -283,15 +283,16 @@ bool CorvBuilderPlannerBase::isProblemSolved() const
 bool CorvBuilderPlannerBase::isProblemSolved(CorvNodeShPtr& o_start, CorvNodeShPtr& o_goal) const
 {
   const CorvRoadmapShPtr map = roadmap();
-  const std::vector<CorvNodeShPtr> goals = nodesIn(m_currentGoalNodes, map);
-  for (const CorvNodeShPtr& start : nodesIn(m_currentStartNodes, map))
+  for (const CorvNodeWkPtr& weakStart : m_currentStartNodes)
   {
-    const auto reaches = [&](const CorvNodeShPtr& goal) { return map->pathExists(start, goal); };
-    const auto goal = std::find_if(goals.begin(), goals.end(), reaches);
-    if (goal == goals.end())
+    const CorvNodeShPtr start = weakStart.lock();
+    const auto isReached = [&](const CorvNodeWkPtr& goal) { return map->pathExists(start, goal.lock()); };
+    const auto goal =
+      start ? std::find_if(m_currentGoalNodes.begin(), m_currentGoalNodes.end(), isReached) : m_currentGoalNodes.end();
+    if (goal == m_currentGoalNodes.end())
       continue;
     o_start = start;
-    o_goal = *goal;
+    o_goal = goal->lock();
     return true;
   }
   return false;
@@ -474,18 +475,18 @@ void CorvBuilderPlannerBase::removeGoalNode(const CorvNodeShPtr& i_node)
 void CorvBuilderPlannerBase::dropGoneNodes()
 {
   const CorvRoadmapShPtr map = roadmap();
-  for (const CorvNodeWkPtr& weak : std::vector<CorvNodeWkPtr>(m_currentStartNodes))
+  const auto isGone = [&](const CorvNodeWkPtr& weak)
   {
     const CorvNodeShPtr node = weak.lock();
-    if (!node || node->roadmap() != map)
-      removeStartNode(node);
-  }
-  for (const CorvNodeWkPtr& weak : std::vector<CorvNodeWkPtr>(m_currentGoalNodes))
-  {
-    const CorvNodeShPtr node = weak.lock();
-    if (!node || node->roadmap() != map)
-      removeGoalNode(node);
-  }
+    return !node || node->roadmap() != map;
+  };
+  const auto firstGone = [&](const TNodes& nodes) { return std::find_if(nodes.begin(), nodes.end(), isGone); };
+  for (auto gone = firstGone(m_currentStartNodes); gone != m_currentStartNodes.end();
+       gone = firstGone(m_currentStartNodes))
+    removeStartNode(gone->lock());
+  for (auto gone = firstGone(m_currentGoalNodes); gone != m_currentGoalNodes.end();
+       gone = firstGone(m_currentGoalNodes))
+    removeGoalNode(gone->lock());
 }
 
 void CorvBuilderPlannerBase::watchRoadmap()

@@ -274,6 +274,8 @@ lmStatus CorvMultiDiffusingBuilder::doContinueBuild(bool& o_shouldContinue)
 
 lmStatus CorvMultiDiffusingBuilder::doFinishBuild()
 {
+  for (std::vector<CorvConnectedComponentShPtr>& components : m_seenComponents)
+    components.clear();
   return m_parallelOperation ? stop(m_parallelOperation) : lmStatus();
 }
 
@@ -329,13 +331,14 @@ void CorvMultiDiffusingBuilder::addHintPathSpot(const CorvPath& i_path, unsigned
 /// Of the trees of one type that have become one, only the first goes on.
 void CorvMultiDiffusingBuilder::removeRedundantSpots()
 {
-  std::vector<CorvConnectedComponentShPtr> components[2];
+  for (std::vector<CorvConnectedComponentShPtr>& components : m_seenComponents)
+    components.clear();
   for (unsigned int rank = 0; rank < countElementaryBuilders();)
   {
     const CorvMonoDiffusingBuilderShPtr builder = elementaryBuilder(rank);
     const CorvNodeShPtr root = builder->diffusionNode();
     const CorvConnectedComponentShPtr component = root ? root->connectedComponent() : CorvConnectedComponentShPtr();
-    std::vector<CorvConnectedComponentShPtr>& seen = components[builder->diffusionType()];
+    std::vector<CorvConnectedComponentShPtr>& seen = m_seenComponents[builder->diffusionType()];
     if (component && std::find(seen.begin(), seen.end(), component) != seen.end())
     {
       m_parallelOperation->removeOperation(builder);

@@ -120,4 +120,5 @@ private:
   ClumParallelCooperativeOperationShPtr m_parallelOperation;
   double m_thresholds[2] = {0.0, 0.0};     ///< sums of ratings above which a type pauses
   unsigned int m_seededCounts[2] = {0, 0}; ///< elements of the manifolds that were offered in this run
+  std::vector<CorvConnectedComponentShPtr> m_seenComponents[2]; ///< scratch of a round
 };
