@@ -8,9 +8,9 @@
 
 /// A motion from frame to frame, straight and by the shortest rotation: a path effect that makes its own path.
 ///
-/// The one dof is the parameter along the path, from 0 at the first frame to 1 at the last; each frame is met at the
-/// part of the length that lies before it, an angle counting as a length. There is no inverse, and there are no
-/// derivatives.
+/// The one dof is the parameter along the path, from 0 at the first frame to 1 at the last. Each frame is met at the
+/// part of the path's length that lies before it; lengths are Euclidean in x, y, z and the angles of Rx·Ry·Rz, weighed
+/// as dofs are. There is no inverse, and there are no derivatives.
 class LUM_API CorvKEEuclideanPath : public CorvKinematicalEffect
 {
   LUM_CONCRETE(CorvKEEuclideanPath, CorvKinematicalEffect);
