@@ -5,6 +5,7 @@
 #include "foundation/lumDescribe.h"
 #include "foundation/lumGeometryUtilities.h"
 #include "foundation/lumMath.h"
+#include "foundation/lumMemoryCoder.h"
 #include "kinematics/orvDof.h"
 #include "metrics/orvMetricRevolute.h"
 #include "paths/orvPathValues.h"
@@ -591,6 +592,10 @@ double CorvDPCurve::csc2_cb(const CGoal& i_goal, double& o_t, double& o_u, doubl
 
 void CorvDPCurve::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
+  // In memory the configurations share their space with the copy: then the dofs are shared too.
+  if (const auto memory = boost::dynamic_pointer_cast<ClumMemoryCoder>(i_coder))
+    for (const CorvDofConstShPtr& dof : {m_SMCurve->dofX(), m_SMCurve->dofY(), m_SMCurve->dofTheta()})
+      memory->pin(dof.get());
   CorvDirectPath::encodeWithCoder(i_coder);
   i_coder->encodeObjectShPtr(m_SMCurve, "m_SMCurve");
   i_coder->beginVectorEncoding("m_curves");
