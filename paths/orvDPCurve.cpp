@@ -116,15 +116,20 @@ lmStatus CorvDPCurve::getCurve(unsigned int i_rank, CCurve& o_curve) const
 CorvDPCurve::CCurveCoordinates CorvDPCurve::curveCoordinatesFromConfig(const CorvConfig& i_cfg) const
 {
   unsigned int ranks[3];
-  LUM_ASSERT_SUCCESS(getDofRanks(ranks));
+  const lmStatus status = getDofRanks(ranks);
+  LUM_ASSERT_SUCCESS(status);
   const double* values = i_cfg.beginPtr();
-  return {values[ranks[0]], values[ranks[1]], values[ranks[2]]};
+  return status.failed() || !values ? CCurveCoordinates()
+                                    : CCurveCoordinates(values[ranks[0]], values[ranks[1]], values[ranks[2]]);
 }
 
 CorvConfig CorvDPCurve::configFromCurveCoordinates(const CCurveCoordinates& i_coordinates) const
 {
   unsigned int ranks[3];
-  LUM_ASSERT_SUCCESS(getDofRanks(ranks));
+  const lmStatus status = getDofRanks(ranks);
+  LUM_ASSERT_SUCCESS(status);
+  if (status.failed())
+    return m_startConfig;
   const double* start = privateStart().beginPtr();
   const unsigned int count = configSpace()->size();
   boost::container::small_vector<double, 16> values(start, start + count);
@@ -284,9 +289,10 @@ void CorvDPCurve::maxAbsoluteDerivative(double i_from, double i_to, std::vector<
   const double misses[] = {goal.x() - last.x(), goal.y() - last.y(),
                            CorvMetricRevolute::circularDistance(last.theta(), goal.theta())};
   unsigned int ranks[3];
-  LUM_ASSERT_SUCCESS(getDofRanks(ranks));
-  o_derivatives.assign(configSpace()->size(), 0.0);
-  for (unsigned int i = 0; i < 3; ++i)
+  const lmStatus status = getDofRanks(ranks);
+  LUM_ASSERT_SUCCESS(status);
+  o_derivatives.assign(configSpace()->size(), status.failed() ? CURVE_NO_WORD : 0.0);
+  for (unsigned int i = 0; i < 3 && status.succeeded(); ++i)
     o_derivatives[ranks[i]] = rates[i] + (misses[i] == 0.0 ? 0.0 : std::fabs(misses[i]) / whole);
 }
 
@@ -674,6 +680,7 @@ lmStatus CorvDPCurve::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCod
   unsigned int ranks[3];
   const bool areEndsUsable = m_startConfig.space() == configSpace() && m_startConfig.hasSoundValues() &&
                              m_endConfig.space() == configSpace() && m_endConfig.hasSoundValues();
-  isUsable = isUsable && areEndsUsable && !m_curves.empty() && getDofRanks(ranks).succeeded();
+  isUsable = isUsable && areEndsUsable && isWindowWhole() && !isReversed() && !m_curves.empty() &&
+             getDofRanks(ranks).succeeded();
   return lmStatus(isUsable ? lmStatus::SUCCESS : lmStatus::FAILURE);
 }
