@@ -78,6 +78,8 @@ bool CorvValidatorDPTurnJump::doValidateDirectPath(const CorvDirectPath& i_dp, c
   CorvConfig previous = i_dp.startConfiguration();
   CorvConfig config = previous;
   const double length = i_dp.length();
+  if (!std::isfinite(length))
+    return false;
   double distance = 0.0;
   do
   {

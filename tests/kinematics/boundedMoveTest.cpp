@@ -330,6 +330,45 @@ TEST_F(BoundedMove, NoSampledPointMovesFartherThanAllowedAndTheAdvanceIsNotSmall
   EXPECT_GT(sumOfRatios / countLimited, 0.8);
 }
 
+TEST_F(BoundedMove, DisplacementsOfAWholeMotionAreBoundedAtEveryScale)
+{
+  for (unsigned int trial = 0; trial < 60; ++trial)
+  {
+    makeDevice(trial % 2 == 0 ? std::vector<int>{5, 0, 3} : std::vector<int>{0, 2, 6, 4});
+    const std::vector<double> from = randomValues(), rates = randomRates();
+    const CorvConfig config = configAt(from);
+    const std::vector<ClumMat4> framesFrom = bodyFrames(from);
+    for (const double rest : {1e-9, 1e-3, 0.5, 5.0})
+    {
+      std::vector<double> bounds;
+      ASSERT_TRUE(m_device->boundDisplacements(config, rest, rates, bounds).succeeded());
+      ASSERT_EQ(bounds.size(), framesFrom.size());
+      // An allowance of just that bound covers the motion; half of it does not.
+      for (std::size_t b = 0; b < bounds.size(); ++b)
+      {
+        std::vector<double> left(bounds.size(), INFINITE);
+        double advance = 0.0;
+        bool hitsEnd = false;
+        left[b] = bounds[b] * (1.0 + 1e-12);
+        ASSERT_TRUE(ask(from, rates, rest, left, advance, hitsEnd).succeeded());
+        EXPECT_TRUE(hitsEnd);
+        left[b] = 0.5 * bounds[b];
+        ASSERT_TRUE(ask(from, rates, rest, left, advance, hitsEnd).succeeded());
+        EXPECT_EQ(hitsEnd, bounds[b] == 0.0);
+      }
+      for (unsigned int m = 0; m < 8; ++m)
+      {
+        const std::vector<double> moved = displacements(framesFrom, randomMotion(from, rates, rest)(rest));
+        for (std::size_t b = 0; b < moved.size(); ++b)
+          ASSERT_LE(moved[b], bounds[b] + 1e-13);
+      }
+    }
+    std::vector<double> untouched = {-1.0};
+    EXPECT_TRUE(m_device->boundDisplacements(config, -1.0, rates, untouched).failed());
+    EXPECT_EQ(untouched, std::vector<double>{-1.0});
+  }
+}
+
 TEST_F(BoundedMove, IsExactWhereOneJointMovesOneBody)
 {
   const CorvJointShPtr turn = CorvJointRotation::create(ClumMat4(), ClumMat4::INVERSE_Z_AXIS);

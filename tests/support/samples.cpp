@@ -118,8 +118,11 @@
 #include "validation/orvValidatorCfgLumScene.h"
 #include "validation/orvValidatorDPCollision.h"
 #include "validation/orvValidatorDPComposite.h"
+#include "validation/orvValidatorDPMonotonic.h"
+#include "validation/orvValidatorDPSampler.h"
 #include "validation/orvValidatorDPTurnJump.h"
 #include "validation/orvValidatorDofBounds.h"
+#include "validation/orvValidatorPathCollision.h"
 #include "validation/orvValidatorPathDirectPaths.h"
 #include "validation/orvValidatorSet.h"
 
@@ -397,8 +400,12 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvValidatorCfgLumScene, CorvValidatorCfgLumScene::create(keptDevice()->internalConfigSpace())),
     SAMPLE(CorvValidatorDPCollision, CorvValidatorDPCollision::create(keptSpace(), CorvValidatorCfgBounds::create(keptSpace()), 0.5)),
     SAMPLE(CorvValidatorDPComposite, CorvValidatorDPComposite::create(keptSpace())),
+    SAMPLE(CorvValidatorDPMonotonic,
+           CorvValidatorDPMonotonic::create(keptSpace(), 1, CorvValidatorDPMonotonic::NOT_DECREASING)),
+    SAMPLE(CorvValidatorDPSampler, CorvValidatorDPSampler::create(keptSpace(), CorvValidatorConstShPtr(), 0.5)),
     SAMPLE(CorvValidatorDPTurnJump, CorvValidatorDPTurnJump::create(keptSpace())),
     SAMPLE(CorvValidatorDofBounds, CorvValidatorDofBounds::create(keptSpace()->dof(0), -1.0, 2.0)),
+    SAMPLE(CorvValidatorPathCollision, CorvValidatorPathCollision::create(keptSpace(), 0.25)),
     SAMPLE(CorvValidatorPathDirectPaths, CorvValidatorPathDirectPaths::create(keptSpace())),
     SAMPLE(CorvValidatorSet, CorvValidatorSet::create(keptSpace())),
   };

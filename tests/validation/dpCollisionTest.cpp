@@ -6,6 +6,7 @@
 #include "kinematics/orvDof.h"
 #include "kinematics/orvUtility.h"
 #include "paths/orvDirectPath.h"
+#include "paths/orvPath.h"
 #include "paths/orvSteeringMethod.h"
 #include "support/devices.h"
 #include "support/logCapture.h"
@@ -15,7 +16,11 @@
 #include "validation/orvReportDPCollision.h"
 #include "validation/orvValidatorCfgCollisionBase.h"
 #include "validation/orvValidatorDPCollision.h"
+#include "validation/orvReportPathCollision.h"
+#include "validation/orvValidatorDPMonotonic.h"
+#include "validation/orvValidatorDPSampler.h"
 #include "validation/orvValidatorDPTurnJump.h"
+#include "validation/orvValidatorPathCollision.h"
 #include "validation/orvValidatorSet.h"
 
 #include <gtest/gtest.h>
@@ -311,6 +316,31 @@ TEST_F(DPCollision, AnswerDoesNotDependOnWhatWasAskedBefore)
     EXPECT_EQ(ask(validator, seed), forwards[seed]) << seed;
 }
 
+TEST(DPCollisionScale, AProofCostsTheSameInEveryUnit)
+{
+  for (const double relativePenetration : {0.0, 0.02})
+  {
+    std::vector<unsigned long> counts;
+    for (const double unit : {1.0, 1e-6, 1e6})
+    {
+      const CorvDeviceShPtr device = freeFlyer(ClumSphere::create(unit));
+      ASSERT_TRUE(device->addObstacleGeometry(ClumSphere::create(unit)).succeeded());
+      const CorvConfigSpaceShPtr space = device->configSpace();
+      const CorvValidatorDPCollisionShPtr validator =
+        CorvValidatorDPCollision::create(space, CorvValidatorConstShPtr(), relativePenetration * unit);
+      validator->zeroPenetrationSag(1e-4 * unit);
+      const auto at = [&](double i_x) { return CorvConfig(space, {i_x * unit, 2.05 * unit, 0.0, 0.0, 0.0, 0.0}); };
+      const CorvDirectPathShPtr grazing = space->steeringMethod()->makeDirectPath(at(-9.0), at(7.0));
+      bool isValid = false;
+      counts.push_back(configsFor(validator, *grazing, isValid));
+      EXPECT_TRUE(isValid) << unit;
+    }
+    EXPECT_GT(counts[0], 4u);
+    EXPECT_EQ(counts[1], counts[0]);
+    EXPECT_EQ(counts[2], counts[0]);
+  }
+}
+
 TEST_F(DPCollision, AttributesAreStacked)
 {
   const CorvValidatorDPCollisionShPtr validator = make(1.0);
@@ -348,4 +378,78 @@ TEST(DPTurnJump, RefusesAJumpOfAComputedBoundedRotationOnly)
   EXPECT_FALSE(isAccepted(5.0));
   turn->isBounded(false);
   EXPECT_TRUE(isAccepted(5.0));
+}
+
+TEST_F(DPCollision, SamplerSeesOnlyItsSamplesAndTheEnd)
+{
+  LogCapture log;
+  EXPECT_FALSE(CorvValidatorDPSampler::create(space, CorvValidatorConstShPtr(), 0.0));
+  const auto sampler = CorvValidatorDPSampler::create(space, CorvValidatorConstShPtr(), 5.0);
+  EXPECT_EQ(sampler->name(), "orvane.core.dp-sampler");
+  const CorvDirectPathShPtr through = path(-9.0, 0.0, 9.0, 0.0);
+  const double unit = through->length() / 18.0; // of path length, for one of distance
+  ASSERT_TRUE(sampler->samplingLength(20.0 * unit).succeeded());
+  EXPECT_TRUE(sampler->validate(*path(-9.0, 0.0, 9.0, 0.0)));
+  ASSERT_TRUE(sampler->samplingLength(6.0 * unit).succeeded());
+  EXPECT_TRUE(sampler->validate(*path(-9.0, 0.0, 9.0, 0.0))); // at -3 and 3
+  ASSERT_TRUE(sampler->samplingLength(4.0 * unit).succeeded());
+  EXPECT_FALSE(sampler->validate(*path(-9.0, 0.0, 9.0, 0.0))); // at -1
+  ASSERT_TRUE(sampler->samplingLength(20.0 * unit).succeeded());
+  EXPECT_FALSE(sampler->validate(*path(-9.0, 0.0, 0.5, 0.0)));
+  EXPECT_TRUE(sampler->samplingLength(-1.0).failed());
+  EXPECT_EQ(sampler->samplingLength(), 20.0 * unit);
+}
+
+TEST_F(DPCollision, MonotonicComparesTheEndsOfOneDof)
+{
+  struct Row
+  {
+    int profile;
+    bool ups, stays, downs;
+  };
+  for (const Row& row : {Row{0, true, false, false}, Row{1, false, false, true}, Row{2, false, false, false},
+                         Row{3, false, true, true}, Row{4, true, true, false}})
+  {
+    LogCapture log;
+    const auto validator =
+      CorvValidatorDPMonotonic::create(space, 1, static_cast<CorvValidatorDPMonotonic::EEvolutionProfile>(row.profile));
+    EXPECT_EQ(validator->validate(*path(0.0, 1.0, 5.0, 2.0)), row.ups) << row.profile;
+    EXPECT_EQ(validator->validate(*path(0.0, 1.0, 5.0, 1.0)), row.stays) << row.profile;
+    EXPECT_EQ(validator->validate(*path(0.0, 1.0, 5.0, -2.0)), row.downs) << row.profile;
+    EXPECT_EQ(log.contains("Assertion failed: false"), row.profile == 2);
+  }
+}
+
+TEST_F(DPCollision, PathCollisionJudgesEachMotionAtItsPenetration)
+{
+  EXPECT_FALSE(CorvValidatorPathCollision::create(space, -0.1));
+  const auto validator = CorvValidatorPathCollision::create(space, 0.0);
+  const auto pathOver = [&](double i_height)
+  {
+    const CorvPathShPtr whole = CorvPath::createWithDirectPath(path(-9.0, 0.0, -4.0, i_height));
+    EXPECT_TRUE(whole->appendDirectPath(path(-4.0, i_height, 4.0, i_height)).succeeded());
+    EXPECT_TRUE(whole->appendDirectPath(path(4.0, i_height, 9.0, 0.0)).succeeded());
+    return whole;
+  };
+  EXPECT_TRUE(validator->validate(*pathOver(2.1)));
+  // A contact 0.02 deep: refused exactly, passed if that much may be missed, refused again afterwards.
+  EXPECT_FALSE(validator->validate(*pathOver(1.98)));
+  ASSERT_TRUE(validator->penetration(2.0).succeeded());
+  const CorvPathShPtr grazing = pathOver(1.98);
+  EXPECT_TRUE(validator->validate(*grazing));
+  const auto report = boost::dynamic_pointer_cast<const CorvReportPathCollision>(grazing->report(validator->name()));
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->penetration(), 2.0);
+  ASSERT_TRUE(validator->penetration(0.0).succeeded());
+  EXPECT_FALSE(validator->validate(*pathOver(1.98)));
+
+  for (const bool isExhaustive : {false, true})
+  {
+    validator->isExhaustive(isExhaustive);
+    const CorvPathShPtr colliding = CorvPath::createWithDirectPath(path(-9.0, 0.0, 0.0, 0.0));
+    ASSERT_TRUE(colliding->appendDirectPath(path(0.0, 0.0, 9.0, 0.0)).succeeded());
+    const unsigned long before = CorvValidatorDPCollision::countTests();
+    EXPECT_FALSE(validator->validate(*colliding));
+    EXPECT_EQ(CorvValidatorDPCollision::countTests() - before, isExhaustive ? 2u : 1u);
+  }
 }
