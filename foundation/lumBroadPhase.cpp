@@ -5,37 +5,95 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <functional>
 #include <limits>
 #include <map>
 #include <numeric>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace
 {
 constexpr double UNBOUNDED = std::numeric_limits<double>::infinity();
-/// Of the coordinates' magnitude, for the rounding of a placed volume.
-constexpr double VOLUME_ROUNDING = 1e-12;
-/// For the rounding of a gap, its square and the root.
-constexpr double GAP_ROUNDING = 1.0 - 1e-14;
-/// Marks an item among the children of a node.
+constexpr float FAR = std::numeric_limits<float>::infinity();
+/// Of the coordinates' magnitude, for the rounding of a placed volume to single precision.
+constexpr double VOLUME_ROUNDING = 1.2e-7;
+/// For the rounding of a gap, its square, the root and what is taken off it, in single precision.
+constexpr float GAP_ROUNDING = 1.0f - 1e-6f;
+/// Coordinates beyond this have no squares in single precision.
+constexpr double LARGEST_COORDINATE = 1e18;
+/// Marks an item among the children of a node that wait.
 constexpr unsigned int ITEM = 0x80000000u;
 
-/// A heap of the standard library has the largest on top.
-struct CNearestOnTop
-{
-  template <class ENTRY>
-  bool operator()(const ENTRY& i_a, const ENTRY& i_b) const
-  {
-    return i_b < i_a;
-  }
-};
-} // namespace
+/// Four numbers at once, on any machine; each operation is rounded by itself, so all machines give the same.
+typedef float TLanes __attribute__((vector_size(16)));
 
-bool ClumBroadPhase::CEntry::operator<(const CEntry& i_other) const
+TLanes lanesAt(const float* i_values)
 {
-  if (lower != i_other.lower)
-    return lower < i_other.lower;
-  return shape != i_other.shape ? shape < i_other.shape : rank < i_other.rank;
+  TLanes lanes;
+  std::memcpy(&lanes, i_values, sizeof lanes);
+  return lanes;
 }
+
+TLanes lanesOf(float i_value)
+{
+  return TLanes{i_value, i_value, i_value, i_value};
+}
+
+TLanes largerLanes(TLanes i_a, TLanes i_b)
+{
+  return i_a > i_b ? i_a : i_b;
+}
+
+TLanes rootsOf(TLanes i_squares)
+{
+#ifdef __SSE2__
+  return _mm_sqrt_ps(i_squares);
+#else
+  return TLanes{std::sqrt(i_squares[0]), std::sqrt(i_squares[1]), std::sqrt(i_squares[2]), std::sqrt(i_squares[3])};
+#endif
+}
+
+/// The next float that is not above, and not below.
+float floatBelow(double i_value)
+{
+  const float value = static_cast<float>(i_value);
+  return value > i_value ? std::nextafter(value, -FAR) : value;
+}
+
+float floatAbove(double i_value)
+{
+  return -floatBelow(-i_value);
+}
+
+/// An entry of the heaps: the bits of a float, changed so that they have its order, above a rank.
+std::uint64_t entryOf(float i_lower, std::uint32_t i_rank)
+{
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &i_lower, sizeof bits);
+  bits = bits & 0x80000000u ? ~bits : bits | 0x80000000u;
+  return static_cast<std::uint64_t>(bits) << 32 | i_rank;
+}
+
+float lowerOf(std::uint64_t i_entry)
+{
+  std::uint32_t bits = static_cast<std::uint32_t>(i_entry >> 32);
+  bits = bits & 0x80000000u ? bits & 0x7fffffffu : ~bits;
+  float lower = 0.0f;
+  std::memcpy(&lower, &bits, sizeof lower);
+  return lower;
+}
+
+std::uint32_t rankOf(std::uint64_t i_entry)
+{
+  return static_cast<std::uint32_t>(i_entry);
+}
+
+using TNearestOnTop = std::greater<std::uint64_t>;
+} // namespace
 
 // The scene.
 
@@ -49,7 +107,6 @@ unsigned int ClumBroadPhase::addShape(const ClumCollisionModel& i_model, const C
   shape.boxCenter = lowest + shape.halfSize;
   shape.ballCenter = i_model.center();
   shape.radius = i_model.radius();
-  shape.rounding = 0.0;
   shape.body = i_body;
   shape.tree = NO_TREE;
   shape.firstPair = 0;
@@ -129,11 +186,11 @@ ClumBroadPhase::CVolume ClumBroadPhase::volumeOf(const CTree& i_tree, const std:
   return volume;
 }
 
-double ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const
+float ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const
 {
   const CVolume& volume = m_shapes[i_tree.shapes[i_item]].volume;
-  const double sum = volume.low[i_axis] + volume.high[i_axis];
-  return std::isfinite(sum) ? sum : 0.0;
+  const float sum = volume.low[i_axis] + volume.high[i_axis];
+  return std::isfinite(sum) ? sum : 0.0f;
 }
 
 /// Sorts some items along the side on which their middles are the farthest apart.
@@ -143,10 +200,10 @@ void ClumBroadPhase::sortAcross(const CTree& i_tree, std::vector<unsigned int>& 
   const auto from = io_items.begin() + static_cast<std::ptrdiff_t>(i_begin);
   const auto to = io_items.begin() + static_cast<std::ptrdiff_t>(i_end);
   unsigned int axis = 0;
-  double longest = -1.0;
+  float longest = -1.0f;
   for (unsigned int k = 0; k < 3; ++k)
   {
-    double low = UNBOUNDED, high = -UNBOUNDED;
+    float low = std::numeric_limits<float>::max(), high = -low;
     for (auto item = from; item != to; ++item)
     {
       low = std::min(low, middleOf(i_tree, *item, k));
@@ -161,46 +218,56 @@ void ClumBroadPhase::sortAcross(const CTree& i_tree, std::vector<unsigned int>& 
   std::sort(from, to,
             [&](unsigned int i_a, unsigned int i_b)
             {
-              const double a = middleOf(i_tree, i_a, axis), b = middleOf(i_tree, i_b, axis);
+              const float a = middleOf(i_tree, i_a, axis), b = middleOf(i_tree, i_b, axis);
               return a < b || (a == b && i_a < i_b);
             });
 }
 
-/// Halves the items three times, or gives each a place of its own if they are few.
+/// Cuts a range of items into parts of about the same size, each across its longest side.
+void ClumBroadPhase::cut(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
+                         std::size_t i_end, std::size_t i_countParts, std::vector<std::size_t>& io_ends) const
+{
+  if (i_countParts == 1)
+    return io_ends.push_back(i_end);
+  sortAcross(i_tree, io_items, i_begin, i_end);
+  const std::size_t low = i_countParts / 2;
+  const std::size_t middle = i_begin + (i_end - i_begin) * low / i_countParts;
+  cut(i_tree, io_items, i_begin, middle, low, io_ends);
+  cut(i_tree, io_items, middle, i_end, i_countParts - low, io_ends);
+}
+
+/// The nodes at the bottom hold items; all lie at one depth and are filled as evenly as can be.
 unsigned int ClumBroadPhase::makeNode(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
                                       std::size_t i_end)
 {
-  std::vector<std::size_t> cuts = {i_begin, i_end};
-  const bool isBottom = i_end - i_begin <= FANOUT;
-  if (isBottom)
-  {
-    cuts.resize(i_end - i_begin + 1);
-    std::iota(cuts.begin(), cuts.end(), i_begin);
-  }
-  while (cuts.size() < FANOUT + 1 && !isBottom)
-  {
-    std::vector<std::size_t> finer = {i_begin};
-    for (std::size_t part = 0; part + 1 < cuts.size(); ++part)
-    {
-      sortAcross(i_tree, io_items, cuts[part], cuts[part + 1]);
-      finer.push_back(cuts[part] + (cuts[part + 1] - cuts[part]) / 2);
-      finer.push_back(cuts[part + 1]);
-    }
-    cuts.swap(finer);
-  }
+  const std::size_t count = i_end - i_begin;
+  const bool isBottom = count <= FANOUT;
+  std::size_t part = 1;
+  while (part * FANOUT < count)
+    part *= FANOUT;
+  std::vector<std::size_t> cuts = {i_begin};
+  cut(i_tree, io_items, i_begin, i_end, (count + part - 1) / part, cuts);
 
   CNode node = {};
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    std::fill(std::begin(node.low[k]), std::end(node.low[k]), FAR);
+    std::fill(std::begin(node.high[k]), std::end(node.high[k]), -FAR);
+  }
+  node.isBottom = isBottom;
   node.count = static_cast<unsigned int>(cuts.size()) - 1;
   for (unsigned int child = 0; child < node.count; ++child)
   {
     const CVolume volume = volumeOf(i_tree, io_items, cuts[child], cuts[child + 1]);
+    const CShape& item = m_shapes[i_tree.shapes[io_items[cuts[child]]]];
     for (unsigned int k = 0; k < 3; ++k)
     {
       node.low[k][child] = volume.low[k];
       node.high[k][child] = volume.high[k];
+      node.ballCenter[k][child] = item.center[k];
     }
-    node.children[child] =
-      isBottom ? io_items[cuts[child]] | ITEM : makeNode(i_tree, io_items, cuts[child], cuts[child + 1]);
+    node.ballReach[child] = item.reach;
+    node.children[child] = isBottom ? io_items[cuts[child]] : makeNode(i_tree, io_items, cuts[child], cuts[child + 1]);
   }
   m_nodes.push_back(node);
   return static_cast<unsigned int>(m_nodes.size()) - 1;
@@ -210,46 +277,41 @@ void ClumBroadPhase::place(unsigned int i_shape, const ClumMat4& i_pose)
 {
   CShape& shape = m_shapes[i_shape];
   shape.pose = i_pose;
-  shape.center = i_pose * shape.ballCenter;
+  const ClumPoint3 center = i_pose * shape.ballCenter;
   const ClumPoint3 middle = i_pose * shape.boxCenter;
   const double* m = i_pose.data();
-  const double coordinates = std::fabs(shape.boxCenter.x()) + std::fabs(shape.boxCenter.y()) +
-                             std::fabs(shape.boxCenter.z()) + std::fabs(m[12]) + std::fabs(m[13]) + std::fabs(m[14]);
-  shape.rounding = VOLUME_ROUNDING * (coordinates + 2.0 * shape.radius);
+  double magnitude = 2.0 * shape.radius;
+  for (unsigned int k = 0; k < 3; ++k)
+    magnitude += std::fabs(shape.boxCenter[k]) + std::fabs(m[12 + k]);
+  const bool isAnywhere = !(magnitude < LARGEST_COORDINATE);
+  const double rounding = VOLUME_ROUNDING * magnitude;
   for (unsigned int k = 0; k < 3; ++k)
   {
-    const double half = std::fabs(m[k]) * shape.halfSize.x() + std::fabs(m[4 + k]) * shape.halfSize.y() +
-                        std::fabs(m[8 + k]) * shape.halfSize.z() + shape.rounding;
-    shape.volume.low[k] = middle[k] - half;
-    shape.volume.high[k] = middle[k] + half;
-    if (!std::isfinite(middle[k]) || !std::isfinite(half))
-    {
-      shape.volume.low[k] = -UNBOUNDED;
-      shape.volume.high[k] = UNBOUNDED;
-    }
+    const double half = std::fabs(m[k]) * shape.halfSize[0] + std::fabs(m[4 + k]) * shape.halfSize[1] +
+                        std::fabs(m[8 + k]) * shape.halfSize[2] + rounding;
+    const bool isKnown = !isAnywhere && std::fabs(middle[k]) + half < LARGEST_COORDINATE;
+    shape.volume.low[k] = static_cast<float>(isKnown ? middle[k] - half : -UNBOUNDED);
+    shape.volume.high[k] = static_cast<float>(isKnown ? middle[k] + half : UNBOUNDED);
+    shape.center[k] = static_cast<float>(isKnown ? center[k] : 0.0);
   }
-}
-
-double ClumBroadPhase::ballBound(const CShape& i_a, const CShape& i_b) const
-{
-  const double between = i_a.center.distanceFrom(i_b.center);
-  const double bound = between * GAP_ROUNDING - (i_a.radius + i_b.radius + i_a.rounding + i_b.rounding);
-  return bound == bound ? bound : -UNBOUNDED;
+  shape.reach = static_cast<float>(isAnywhere ? UNBOUNDED : shape.radius * (1.0 + VOLUME_ROUNDING) + 2.0 * rounding);
 }
 
 double ClumBroadPhase::lowerBound(unsigned int i_pair) const
 {
   const CShape& a = m_shapes[m_pairs[i_pair].first];
   const CShape& b = m_shapes[m_pairs[i_pair].second];
-  double square = 0.0;
+  double gaps = 0.0, between = 0.0;
   for (unsigned int k = 0; k < 3; ++k)
   {
-    const double below = a.volume.low[k] - b.volume.high[k], above = b.volume.low[k] - a.volume.high[k];
-    const double gap = below > above ? below : above;
-    square += gap > 0.0 ? gap * gap : 0.0;
+    const double below = double(a.volume.low[k]) - b.volume.high[k], above = double(b.volume.low[k]) - a.volume.high[k];
+    const double gap = std::max({below, above, 0.0});
+    const double step = double(a.center[k]) - b.center[k];
+    gaps += gap * gap;
+    between += step * step;
   }
-  const double ball = ballBound(a, b);
-  return square > 0.0 ? std::max(ball, std::sqrt(square) * GAP_ROUNDING) : ball;
+  const double ball = std::sqrt(between) * GAP_ROUNDING - (double(a.reach) + b.reach);
+  return gaps > 0.0 ? std::max(ball, std::sqrt(gaps) * GAP_ROUNDING) : ball;
 }
 
 // A walk.
@@ -258,95 +320,122 @@ void ClumBroadPhase::begin(unsigned int i_countBodies)
 {
   m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED});
   m_entries.clear();
-  m_isHeap = false;
+  m_runs.clear();
+  m_nearest.clear();
+  m_runBegin = 0;
 }
 
-void ClumBroadPhase::push(const CEntry& i_entry)
+/// Makes a run of the entries that came since the last one.
+void ClumBroadPhase::closeRun(unsigned int i_shape)
 {
-  m_entries.push_back(i_entry);
-  if (m_isHeap)
-    std::push_heap(m_entries.begin(), m_entries.end(), CNearestOnTop());
+  const auto begin = m_entries.begin() + static_cast<std::ptrdiff_t>(m_runBegin);
+  if (begin == m_entries.end())
+    return;
+  std::make_heap(begin, m_entries.end(), TNearestOnTop());
+  m_nearest.push_back(entryOf(lowerOf(*begin), static_cast<std::uint32_t>(m_runs.size())));
+  std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
+  m_runs.push_back({i_shape, m_runBegin, m_entries.size()});
+  m_runBegin = m_entries.size();
 }
 
 void ClumBroadPhase::follow(unsigned int i_shape)
 {
+  closeRun(NO_SHAPE);
   const unsigned int tree = m_shapes[i_shape].tree;
   if (tree != NO_TREE)
     expand(i_shape, m_trees[tree].root);
+  closeRun(i_shape);
 }
 
 void ClumBroadPhase::enter(unsigned int i_pair, double i_lower)
 {
-  push({i_lower, NO_SHAPE, i_pair});
+  m_entries.push_back(entryOf(floatBelow(i_lower), i_pair));
 }
 
-/// Takes the children of a node that are within the limit into the walk, those that overlap the shape at once.
+void ClumBroadPhase::passOver(unsigned int i_body, double i_lower)
+{
+  m_bodies[i_body].unseen = std::min(m_bodies[i_body].unseen, i_lower);
+}
+
+/// Takes the children of a node that are within the limit into the walk. A branch waits only while there is no limit.
 void ClumBroadPhase::expand(unsigned int i_shape, unsigned int i_node)
 {
   const CNode& node = m_nodes[i_node];
   const CShape& shape = m_shapes[i_shape];
-  double squares[FANOUT] = {};
-  for (unsigned int k = 0; k < 3; ++k)
-    for (unsigned int child = 0; child < FANOUT; ++child)
-    {
-      const double below = shape.volume.low[k] - node.high[k][child];
-      const double above = node.low[k][child] - shape.volume.high[k];
-      double gap = below > above ? below : above;
-      gap = gap > 0.0 ? gap : 0.0;
-      squares[child] += gap * gap;
-    }
-
-  CBody& body = m_bodies[shape.body];
-  const double limitSquare = body.limit * body.limit;
-  double passed = UNBOUNDED;
-  for (unsigned int child = 0; child < node.count; ++child)
+  const TLanes none = lanesOf(0.0f);
+  float lowers[FANOUT];
+  for (unsigned int half = 0; half < FANOUT; half += 4)
   {
-    const unsigned int rank = node.children[child];
-    double lower = squares[child] > 0.0 ? std::sqrt(squares[child]) * GAP_ROUNDING : 0.0;
-    if (squares[child] > limitSquare)
-      passed = std::min(passed, lower);
-    else if (rank & ITEM)
+    TLanes gaps = none, steps = none;
+    for (unsigned int k = 0; k < 3; ++k)
     {
-      const double ball = ballBound(shape, m_shapes[m_trees[shape.tree].shapes[rank & ~ITEM]]);
-      lower = lower > 0.0 && !(ball > lower) ? lower : ball;
-      if (lower > body.limit)
-        passed = std::min(passed, lower);
-      else
-        push({lower, i_shape, rank});
+      const TLanes below = lanesOf(shape.volume.low[k]) - lanesAt(node.high[k] + half);
+      const TLanes above = lanesAt(node.low[k] + half) - lanesOf(shape.volume.high[k]);
+      const TLanes gap = largerLanes(largerLanes(below, above), none);
+      const TLanes step = lanesOf(shape.center[k]) - lanesAt(node.ballCenter[k] + half);
+      gaps += gap * gap;
+      steps += step * step;
     }
-    else if (lower > 0.0)
-      push({lower, i_shape, rank});
-    else
-      expand(i_shape, rank);
+    TLanes lower = rootsOf(gaps) * lanesOf(GAP_ROUNDING);
+    if (node.isBottom)
+    {
+      const TLanes reach = lanesOf(shape.reach) + lanesAt(node.ballReach + half);
+      const TLanes ball = rootsOf(steps) * lanesOf(GAP_ROUNDING) - reach * lanesOf(2.0f - GAP_ROUNDING);
+      lower = lower > none ? largerLanes(ball, lower) : ball;
+    }
+    std::memcpy(lowers + half, &lower, sizeof lower);
   }
-  body.unseen = std::min(body.unseen, passed);
+
+  const float limit = floatAbove(m_bodies[shape.body].limit);
+  float passed = FAR;
+  for (unsigned int child = 0; child < node.count; ++child)
+    if (lowers[child] > limit)
+      passed = std::min(passed, lowers[child]);
+    else if (node.isBottom)
+      m_entries.push_back(entryOf(lowers[child], node.children[child] | ITEM));
+    else if (lowers[child] > 0.0f && limit == FAR)
+      m_entries.push_back(entryOf(lowers[child], node.children[child]));
+    else
+      expand(i_shape, node.children[child]);
+  passOver(shape.body, passed);
+}
+
+unsigned int ClumBroadPhase::pairOf(unsigned int i_shape, unsigned int i_item) const
+{
+  return m_rowPairs[m_shapes[i_shape].firstPair + i_item];
 }
 
 bool ClumBroadPhase::next(CCandidate& o_candidate)
 {
-  if (!m_isHeap)
-    std::make_heap(m_entries.begin(), m_entries.end(), CNearestOnTop());
-  m_isHeap = true;
-  while (!m_entries.empty())
+  closeRun(NO_SHAPE);
+  while (!m_nearest.empty())
   {
-    const CEntry entry = m_entries.front();
-    std::pop_heap(m_entries.begin(), m_entries.end(), CNearestOnTop());
-    m_entries.pop_back();
-    if (entry.shape == NO_SHAPE)
+    const TEntry top = m_nearest.front();
+    CRun& run = m_runs[rankOf(top)];
+    const unsigned int shape = run.shape;
+    std::pop_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
+    m_nearest.pop_back();
+    if (shape != NO_SHAPE && lowerOf(top) > limit(bodyOf(shape)))
     {
-      o_candidate = {entry.lower, entry.rank};
+      passOver(bodyOf(shape), lowerOf(top));
+      continue;
+    }
+    const auto begin = m_entries.begin() + static_cast<std::ptrdiff_t>(run.begin);
+    const TEntry entry = *begin;
+    std::pop_heap(begin, m_entries.begin() + static_cast<std::ptrdiff_t>(run.end), TNearestOnTop());
+    if (--run.end != run.begin)
+    {
+      m_nearest.push_back(entryOf(lowerOf(*begin), rankOf(top)));
+      std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
+    }
+    if (shape == NO_SHAPE || (rankOf(entry) & ITEM))
+    {
+      const unsigned int rank = rankOf(entry) & ~ITEM;
+      o_candidate = {lowerOf(entry), shape == NO_SHAPE ? rank : pairOf(shape, rank)};
       return true;
     }
-    CBody& body = m_bodies[bodyOf(entry.shape)];
-    if (entry.lower > body.limit)
-      body.unseen = std::min(body.unseen, entry.lower);
-    else if (entry.rank & ITEM)
-    {
-      o_candidate = {entry.lower, m_rowPairs[m_shapes[entry.shape].firstPair + (entry.rank & ~ITEM)]};
-      return true;
-    }
-    else
-      expand(entry.shape, entry.rank);
+    expand(shape, rankOf(entry));
+    closeRun(shape);
   }
   return false;
 }

@@ -153,8 +153,11 @@ CorvCollisionQuery CorvValidatorCfgCollisionBase::makeQuery(const ClumParameterM
     query.comparisonMode = i_params->intValue(keys.comparisonMode, query.comparisonMode);
     query.method = i_params->intValue(keys.method, query.method);
     query.precision = i_params->doubleValue(keys.precision, 0.0);
-    query.hasToleranceModifier = i_params->getDouble(keys.toleranceModifier, query.toleranceModifier).succeeded();
-    query.hasToleranceActivation = i_params->getBool(keys.toleranceActivation, query.toleranceActivation).succeeded();
+    if (query.distanceMode == 0)
+    {
+      query.hasToleranceModifier = i_params->getDouble(keys.toleranceModifier, query.toleranceModifier).succeeded();
+      query.hasToleranceActivation = i_params->getBool(keys.toleranceActivation, query.toleranceActivation).succeeded();
+    }
     query.specificBody = i_params->intValue(keys.specificBody, query.specificBody);
     query.reportsMaxAllowableDistances = i_params->boolValue(keys.reportsMaxAllowable, false);
     query.pointsMode = i_params->intValue(keys.pointsMode, 0);
@@ -263,18 +266,21 @@ bool CorvValidatorCfgCollisionBase::absorbTolerances(const CorvConfig& i_cfg, co
   if (i_report.countToleranceModifiers() != count || i_report.countToleranceActivations() != count ||
       first + count > bodies.size())
     return false;
-  std::vector<double> modifiers(count);
+  const auto modifierOf = [&](unsigned int i_rank, bool& o_isActive)
+  {
+    double modifier = 0.0;
+    getTolerance(*bodies[first + i_rank], i_query, modifier, o_isActive);
+    return modifier;
+  };
   double growth = 0.0;
   for (unsigned int i = 0; i < count; ++i)
   {
     bool isActive = false;
-    getTolerance(*bodies[first + i], i_query, modifiers[i], isActive);
-    if (isActive != i_report.toleranceActivation(i))
-      return false;
-    if (isActive && !i_report.isValid() && modifiers[i] < i_report.toleranceModifier(i))
+    const double change = modifierOf(i, isActive) - i_report.toleranceModifier(i);
+    if (isActive != i_report.toleranceActivation(i) || (isActive && !i_report.isValid() && change < 0.0))
       return false;
     if (isActive)
-      growth = std::max(growth, modifiers[i] - i_report.toleranceModifier(i));
+      growth = std::max(growth, change);
   }
   if (!i_report.isValid() || !(growth > 0.0))
     return true;
@@ -290,7 +296,10 @@ bool CorvValidatorCfgCollisionBase::absorbTolerances(const CorvConfig& i_cfg, co
   if (!isStillClear || i_report.query().pointsMode != 0)
     return false;
   for (unsigned int i = 0; i < count; ++i)
-    corrected->changeToleranceModifier(i, std::max(modifiers[i], i_report.toleranceModifier(i)));
+  {
+    bool isActive = false;
+    corrected->changeToleranceModifier(i, std::max(modifierOf(i, isActive), i_report.toleranceModifier(i)));
+  }
   i_cfg.setReport(name(), corrected);
   return true;
 }

@@ -316,6 +316,7 @@ public:
   }
 
   bool sharesDistances() const { return m_sharesDistances; }
+  unsigned int countQueries() const { return m_countQueries; }
 
 private:
   using CMemory = CInnerScene::CMemory;
@@ -502,14 +503,14 @@ private:
     // Half as much again is asked for, so that the bound clears the tolerance in spite of its rounding.
     if (i_tolerance != 0.0)
       return ask(i_pair, 1.5 * i_tolerance, 0.0, i_tolerance).lower <= i_tolerance;
-    ++s_countQueries;
+    ++m_countQueries;
     const CPair pair = placed(i_pair);
     return m_inner.toolkit->areTouching(pair.a, pair.poseA, pair.b, pair.poseB, &m_inner.memoryOf(i_pair).contact);
   }
 
   const ClumDistanceResult& ask(unsigned int i_pair, double i_cap, double i_accuracy, double i_stopBelow)
   {
-    ++s_countQueries;
+    ++m_countQueries;
     const CPair pair = placed(i_pair);
     CMemory& memory = m_inner.memoryOf(i_pair);
     m_found = m_inner.toolkit->boundedDistance(pair.a, pair.poseA, pair.b, pair.poseB, i_cap, i_accuracy, i_stopBelow,
@@ -610,6 +611,7 @@ private:
   bool m_sharesDistances = false;
   bool m_isWalking = false;
   unsigned int m_askedFirst = NO_PAIR;
+  unsigned int m_countQueries = 0;
   ClumDistanceResult m_found;
 };
 
@@ -783,9 +785,10 @@ bool CorvValidatorCfgLumScene::doValidateConfig(const CorvConfig& i_cfg, const C
 bool CorvValidatorCfgLumScene::test(const CorvDevice& i_device, CInnerScene& io_inner,
                                     const CorvCollisionQuery& i_query, CorvValidationReportShPtr& o_report) const
 {
-  ++s_countTests;
   CTest test(io_inner, i_query);
   const bool isTouching = test.run(i_device);
+  s_countTests.fetch_add(1, std::memory_order_relaxed);
+  s_countQueries.fetch_add(test.countQueries(), std::memory_order_relaxed);
   const bool isColliding = isTouching || (i_query.distanceMode != 0 && test.applyThresholds());
   const bool isVerdict =
     i_query.distanceMode == 0 && i_query.pointsMode == 0 && (isTouching || !i_query.wantsDistances());

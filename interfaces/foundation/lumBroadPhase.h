@@ -4,13 +4,15 @@
 #include "foundation/lumExport.h"
 #include "foundation/lumMat4.h"
 
+#include <cstdint>
 #include <vector>
 
 /// Which pairs of placed shapes can matter, nearest first.
 ///
 /// A shape belongs to a body, which moves, or stands still. Each has a ball and a box along the axes, which follow it;
 /// the shapes that stand still lie in a tree of boxes, eight to a node, one tree for every set of them that some moving
-/// shape is tested with. Bounds come from these volumes and are rounded down: a pair is never nearer than its bound.
+/// shape is tested with. Bounds come from these volumes, which are held in single precision and rounded outward: a pair
+/// is never nearer than its bound.
 ///
 /// A walk asks for one configuration. Each body has a limit: pairs of it with what stands still that are farther apart
 /// are passed over, whole branches of the tree at once, and `unseen` says beyond which distance they are. The limits
@@ -69,8 +71,8 @@ private:
 
   struct CVolume
   {
-    double low[3];
-    double high[3];
+    float low[3];
+    float high[3];
   };
   struct CShape
   {
@@ -78,10 +80,10 @@ private:
     ClumPoint3 boxCenter; ///< in its own coordinates, as `halfSize`
     ClumVect3 halfSize;
     ClumPoint3 ballCenter;
-    ClumPoint3 center; ///< of the ball, placed
-    CVolume volume;    ///< placed
+    float center[3]; ///< of the ball, placed
+    float reach;     ///< its radius, and what rounding may have moved it
+    CVolume volume;  ///< placed
     double radius;
-    double rounding; ///< of the placed ball
     unsigned int body;
     unsigned int tree;      ///< of a moving shape, the rank of its tree; `NO_TREE` if it has none
     unsigned int firstPair; ///< and of its first pair in `m_rowPairs`
@@ -93,10 +95,13 @@ private:
   };
   struct CNode
   {
-    double low[3][FANOUT];
-    double high[3][FANOUT];
-    unsigned int children[FANOUT]; ///< ranks of nodes, or of items with `ITEM` added
+    float low[3][FANOUT];
+    float high[3][FANOUT];
+    float ballCenter[3][FANOUT]; ///< of the items
+    float ballReach[FANOUT];
+    unsigned int children[FANOUT]; ///< ranks of nodes or, at the bottom, of items
     unsigned int count;
+    bool isBottom;
   };
   /// The shapes that stand still which some moving shapes are tested with, and a tree over them.
   struct CTree
@@ -109,26 +114,32 @@ private:
     double limit;
     double unseen;
   };
-  /// A branch or a pair that waits.
-  struct CEntry
+  /// Branches or pairs that wait and came together: a heap of entries. Of what moves against what stands still, they
+  /// are passed over together too.
+  struct CRun
   {
-    double lower;
-    unsigned int shape; ///< that moves, for what stands still; `NO_SHAPE` for a pair that was entered
-    unsigned int rank;  ///< of a child, as in `CNode::children`, or of a pair that was entered
-    bool operator<(const CEntry& i_other) const;
+    unsigned int shape; ///< that moves; `NO_SHAPE` for pairs that were entered
+    std::size_t begin;
+    std::size_t end;
   };
+  /// A bound in the upper half, so that entries are in its order, and in the lower half the rank of a run, of a pair
+  /// that was entered, or of a child, as in `CNode::children`.
+  using TEntry = std::uint64_t;
 
-  double ballBound(const CShape& i_a, const CShape& i_b) const;
   unsigned int treeOver(std::vector<unsigned int>& io_shapes);
-  double middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const;
+  float middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const;
   void sortAcross(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
                   std::size_t i_end) const;
+  void cut(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin, std::size_t i_end,
+           std::size_t i_countParts, std::vector<std::size_t>& io_ends) const;
   unsigned int makeNode(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
                         std::size_t i_end);
   CVolume volumeOf(const CTree& i_tree, const std::vector<unsigned int>& i_items, std::size_t i_begin,
                    std::size_t i_end) const;
   void expand(unsigned int i_shape, unsigned int i_node);
-  void push(const CEntry& i_entry);
+  void passOver(unsigned int i_body, double i_lower);
+  void closeRun(unsigned int i_shape);
+  unsigned int pairOf(unsigned int i_shape, unsigned int i_item) const;
 
   std::vector<CShape> m_shapes;
   std::vector<CPair> m_pairs;
@@ -138,6 +149,8 @@ private:
   std::vector<CNode> m_nodes;
   std::vector<unsigned int> m_rowPairs;
   std::vector<CBody> m_bodies;
-  std::vector<CEntry> m_entries; ///< a heap once the walk has begun to answer
-  bool m_isHeap = false;
+  std::vector<TEntry> m_entries;
+  std::vector<CRun> m_runs;
+  std::vector<TEntry> m_nearest; ///< a heap of the runs in which something waits
+  std::size_t m_runBegin = 0;    ///< of the entries that are in no run yet
 };

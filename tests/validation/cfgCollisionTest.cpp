@@ -191,6 +191,16 @@ TEST_F(CfgCollision, DistanceModeComparesWithThresholds)
   EXPECT_TRUE(validator->validate(at(2.9), params));
   EXPECT_FALSE(validator->validate(at(3.1), params));
 
+  // The tolerances that the parameters name count in the collision mode alone; those of the bodies in mode 2 too.
+  params->setDouble(PREFIX + "tolerance-modifier", 0.5).setInt(PREFIX + "distance-comparison-mode", 1);
+  EXPECT_NEAR(distanceAt(4.0, params), 2.0 + 0.25 - 1.0, 1e-3);
+  ASSERT_TRUE(device->pushToleranceModifier(0.5).succeeded());
+  EXPECT_NEAR(distanceAt(4.0, params), 2.0 + 0.25 - 1.0, 1e-3);
+  params->setInt(PREFIX + "distance-mode", 2);
+  EXPECT_NEAR(distanceAt(4.0, params), 2.0 - 0.5 + 0.25 - 1.0, 1e-3);
+  ASSERT_TRUE(device->popToleranceModifier().succeeded());
+  params->setInt(PREFIX + "distance-mode", 1).setInt(PREFIX + "distance-comparison-mode", 2);
+
   const CorvConfig config = at(3.1);
   EXPECT_EQ(testsFor(*validator, config, params), 1u);
   params->setDouble(PREFIX + "distance-threshold-0", 1.5);
