@@ -181,5 +181,6 @@ lmStatus CorvKEEuclideanPath::initWithCoder(const ClumCoderShPtr& i_coder, const
   if (status.failed())
     return status;
   m_KEPath = i_coder->decode<CorvKEPath>("KEPath");
-  return lmStatus(m_KEPath ? 0 : -1);
+  const bool isUsable = m_KEPath && boost::dynamic_pointer_cast<CorvDof>(configSpace());
+  return lmStatus(isUsable ? lmStatus::SUCCESS : lmStatus::FAILURE);
 }

@@ -290,6 +290,8 @@ double slerpSpeed(double i_way, double i_length)
 double CorvDPSlerp::linearSpeed() const
 {
   const unsigned int solid = solidRank();
+  if (solid >= privateStart().size())
+    return std::numeric_limits<double>::infinity();
   const double* start = privateStart().beginPtr() + solid;
   const double* end = privateEnd().beginPtr() + solid;
   const ClumVect3 way(end[0] - start[0], end[1] - start[1], end[2] - start[2]);

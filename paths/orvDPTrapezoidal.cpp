@@ -361,8 +361,6 @@ lmStatus CorvDPTrapezoidal::initWithCoder(const ClumCoderShPtr& i_coder, const C
   const bool areEndsUsable = m_startConfig.space() == configSpace() && m_startConfig.hasSoundValues() &&
                              m_endConfig.space() == configSpace() && m_endConfig.hasSoundValues();
   const bool areTimesUsable = std::isfinite(m_tTot) && m_tTot >= 0.0 && m_lbdaSMax >= 0.0;
-  const bool isUsable = m_SMTrapezoidal && areEndsUsable && areTimesUsable &&
-                        m_SMTrapezoidal->maxVelocities().size() == configSpace()->size() &&
-                        m_SMTrapezoidal->maxAccelerations().size() == configSpace()->size();
+  const bool isUsable = m_SMTrapezoidal && areEndsUsable && areTimesUsable && isWindowWhole() && !isReversed();
   return lmStatus(isUsable ? lmStatus::SUCCESS : lmStatus::FAILURE);
 }
