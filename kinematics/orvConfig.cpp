@@ -941,11 +941,11 @@ void CorvConfig::decode(ClumCoder& i_coder, const std::string& i_key)
   m_validationSpaceVersion = i_coder.decodeUnsignedInt(i_key + "/validationSpaceVersion");
   if (i_coder.hasKey(i_key + "/nbSubspaces"))
     m_bottom.nbSubspaces = i_coder.decodeUnsignedInt(i_key + "/nbSubspaces");
-  else
+  else if (m_bottom.space)
   {
     ClumLogManager::addWarning("Configuration '" + i_key + "' might be decoded incorrectly " +
                                "because of missing 'nbSubspaces' data. Probably decoding an old XML file.");
-    m_bottom.nbSubspaces = m_bottom.space ? m_bottom.space->countSubspaces() : 0;
+    m_bottom.nbSubspaces = m_bottom.space->countSubspaces();
   }
   std::vector<double> values;
   i_coder.decodeDoubleVector(i_key + "/dofValues", values);
