@@ -368,3 +368,86 @@ TEST(CorvConfigSpace, ConstantDofsAreLockedAndTheirConstraintsGo)
   EXPECT_TRUE(dofs.space->constraints()->validatorNamed("open", false));
   EXPECT_EQ(config.dofValues(), (Values{2, 2, 4, 1, 3}));
 }
+
+TEST(CorvConstraint, TreeOfConstraintsComputesWhatEvaluationInOrderDoes)
+{
+  for (unsigned int seed = 0; seed < 60; ++seed)
+  {
+    std::mt19937 random(seed);
+    const CorvCSCompositeShPtr left = compositeOfSize(3), right = compositeOfSize(3), deep = compositeOfSize(2);
+    const CorvCSCompositeShPtr root = compositeOfSize(2);
+    ASSERT_TRUE(right->insertSubspace(deep, random() % 4).succeeded());
+    ASSERT_TRUE(root->insertSubspace(left, random() % 3).succeeded());
+    ASSERT_TRUE(root->insertSubspace(right, random() % 4).succeeded());
+
+    // Later dofs of a random order are sums of one or two earlier ones, or locked, or free.
+    std::vector<CorvDofShPtr> order;
+    root->getDofs(order);
+    std::shuffle(order.begin(), order.end(), random);
+    struct Sum
+    {
+      unsigned int target;
+      std::vector<unsigned int> sources;
+    };
+    std::vector<Sum> sums;
+    for (unsigned int place = 2; place < order.size(); ++place)
+      if (random() % 3 != 0)
+        sums.push_back({place, {static_cast<unsigned int>(random() % place)}});
+    for (Sum& sum : sums)
+      if (random() % 2 == 0)
+        sum.sources.push_back((sum.sources[0] + 1) % sum.target);
+    std::vector<double> locks(order.size(), 0.0);
+    if (random() % 2 == 0)
+    {
+      locks[0] = 17.0;
+      order[0]->lockAt(locks[0]);
+    }
+
+    std::vector<Sum> added = sums;
+    std::shuffle(added.begin(), added.end(), random);
+    for (const Sum& sum : added)
+    {
+      SumConstraint::Variant variant{{}, {order[sum.target]}};
+      for (const unsigned int source : sum.sources)
+        variant.inputs.push_back(order[source]);
+      // On the smallest space that holds all, or on one around it.
+      CorvConfigSpaceShPtr place = root;
+      for (const CorvConfigSpaceShPtr& inner : Spaces{left, right, deep})
+        if (random() % 2 == 0 && inner->includes(order[sum.target]) &&
+            std::all_of(variant.inputs.begin(), variant.inputs.end(),
+                        [&](const CorvConfigSpaceShPtr& i_dof) { return inner->includes(i_dof); }))
+          place = inner;
+      const std::string name = "sum" + std::to_string(sum.target);
+      ASSERT_TRUE(place->constraints()->add(SumConstraint::create(place, name, {variant})).succeeded());
+    }
+
+    Values values(root->size());
+    for (double& value : values)
+      value = static_cast<double>(random() % 50);
+    CorvConfig config(root, values);
+    const auto rankOf = [&](unsigned int i_place)
+    {
+      unsigned int rank = 0;
+      root->getFirstDofRankOfSubspace(order[i_place], rank);
+      return rank;
+    };
+    if (order[0]->isLocked())
+      values[rankOf(0)] = locks[0];
+    for (const Sum& sum : sums)
+    {
+      values[rankOf(sum.target)] = 0.0;
+      for (const unsigned int source : sum.sources)
+        values[rankOf(sum.target)] += values[rankOf(source)];
+    }
+    EXPECT_EQ(config.dofValues(), values) << "seed " << seed;
+    EXPECT_EQ(root->countPassiveDofs(), sums.size() + (order[0]->isLocked() ? 1 : 0));
+
+    // The dofs that are free decide all others.
+    Spaces controlling;
+    root->getControllingSpaces(controlling);
+    unsigned int count = 0;
+    for (const CorvConfigSpaceShPtr& space : controlling)
+      count += space->size();
+    EXPECT_EQ(count, root->countFreeDofs()) << "seed " << seed;
+  }
+}

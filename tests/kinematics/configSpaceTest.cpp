@@ -62,11 +62,16 @@ namespace
 {
 using Spaces = CorvConfigSpace::TSpaces;
 
-/// A random tree, with every space of it, the root first.
+/// A random tree, with every space of it, the root first, and groups of its spaces.
 class RandomTree
 {
 public:
-  explicit RandomTree(unsigned int i_seed) : m_random(i_seed) { root = grow(3); }
+  explicit RandomTree(unsigned int i_seed) : m_random(i_seed)
+  {
+    root = grow(3);
+    for (int count = 0; count < 3; ++count)
+      addGroup();
+  }
 
   unsigned int below(unsigned int i_count) { return static_cast<unsigned int>(m_random() % i_count); }
   Spaces someSpaces()
@@ -81,6 +86,17 @@ public:
   Spaces spaces;
 
 private:
+  /// Of some spaces that have no dof in common.
+  void addGroup()
+  {
+    const CorvCSGroupShPtr group = CorvCSGroup::create("test.group");
+    for (const CorvConfigSpaceShPtr& space : someSpaces())
+    {
+      if (!space->intersects(Spaces(1, group)))
+        group->appendSubspace(space);
+    }
+    spaces.push_back(group);
+  }
   CorvConfigSpaceShPtr grow(unsigned int i_depth)
   {
     const bool isLeaf = i_depth == 0 || (i_depth < 3 && below(3) == 0);
