@@ -1,6 +1,5 @@
 #include "kinematics/orvJointRotation.h"
 
-#include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "kinematics/orvKERotate.h"
 
@@ -11,12 +10,6 @@ LUM_DESCRIBE(CorvJointRotation)
 }
 
 CorvJointRotation::~CorvJointRotation() = default;
-
-CorvJointRotation::CorvJointRotation(const std::vector<double>& i_values, const ClumMat4& i_position,
-                                     ClumMat4::EBaseVector i_baseVector)
-  : CorvJoint(makeKinematicalEffectForAxis(i_baseVector), i_values, i_position), m_baseVector(i_baseVector)
-{
-}
 
 CorvJointRotationShPtr CorvJointRotation::create(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)
 {
@@ -32,7 +25,7 @@ CorvJointRotationShPtr CorvJointRotation::create(const ClumVect3& i_center, cons
 CorvJointRotationShPtr CorvJointRotation::create(double i_value, const ClumMat4& i_position,
                                                  ClumMat4::EBaseVector i_baseVector)
 {
-  return lumCreate<CorvJointRotation>(std::vector<double>{i_value}, i_position, i_baseVector);
+  return lumCreate<CorvJointRotation>(i_value, i_position, i_baseVector);
 }
 
 CorvJointRotationShPtr CorvJointRotation::create(double i_value, const ClumVect3& i_center, const ClumVect3& i_axis,
@@ -64,31 +57,4 @@ CorvKinematicalEffectShPtr CorvJointRotation::makeKinematicalEffectForAxis(ClumM
   case ClumMat4::INVERSE_Z_AXIS: return CorvKERotateInverseZ::create();
   }
   return CorvKinematicalEffectShPtr();
-}
-
-ClumVect3 CorvJointRotation::rotationAxis() const
-{
-  return currentPosition().axis(m_baseVector);
-}
-
-void CorvJointRotation::setCurrentRotationAxis(const ClumVect3& i_axis)
-{
-  setCurrentBaseVectorAxis(m_baseVector, i_axis);
-}
-
-void CorvJointRotation::encodeWithCoder(const ClumCoderShPtr& i_coder) const
-{
-  CorvJoint::encodeWithCoder(i_coder);
-  i_coder->encodeInt(m_baseVector, "baseVector");
-}
-
-lmStatus CorvJointRotation::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
-{
-  const lmStatus status = CorvJoint::initWithCoder(i_coder, i_self);
-  if (status.failed())
-    return status;
-  const int baseVector = i_coder->decodeInt("baseVector");
-  m_baseVector = static_cast<ClumMat4::EBaseVector>(baseVector);
-  const bool isKnown = baseVector >= ClumMat4::X_AXIS && baseVector <= ClumMat4::INVERSE_Z_AXIS;
-  return isKnown ? status : lmStatus(lmStatus::FAILURE);
 }

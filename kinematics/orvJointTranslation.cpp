@@ -1,6 +1,5 @@
 #include "kinematics/orvJointTranslation.h"
 
-#include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "kinematics/orvKETranslate.h"
 
@@ -11,12 +10,6 @@ LUM_DESCRIBE(CorvJointTranslation)
 }
 
 CorvJointTranslation::~CorvJointTranslation() = default;
-
-CorvJointTranslation::CorvJointTranslation(const std::vector<double>& i_values, const ClumMat4& i_position,
-                                           ClumMat4::EBaseVector i_baseVector)
-  : CorvJoint(makeKinematicalEffectForAxis(i_baseVector), i_values, i_position), m_baseVector(i_baseVector)
-{
-}
 
 CorvJointTranslationShPtr CorvJointTranslation::create(const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)
 {
@@ -32,7 +25,7 @@ CorvJointTranslationShPtr CorvJointTranslation::create(const ClumVect3& i_center
 CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const ClumMat4& i_position,
                                                        ClumMat4::EBaseVector i_baseVector)
 {
-  return lumCreate<CorvJointTranslation>(std::vector<double>{i_value}, i_position, i_baseVector);
+  return lumCreate<CorvJointTranslation>(i_value, i_position, i_baseVector);
 }
 
 CorvJointTranslationShPtr CorvJointTranslation::create(double i_value, const ClumVect3& i_center,
@@ -64,31 +57,4 @@ CorvKinematicalEffectShPtr CorvJointTranslation::makeKinematicalEffectForAxis(Cl
   case ClumMat4::INVERSE_Z_AXIS: return CorvKETranslateInverseZ::create();
   }
   return CorvKinematicalEffectShPtr();
-}
-
-ClumVect3 CorvJointTranslation::translationAxis() const
-{
-  return currentPosition().axis(m_baseVector);
-}
-
-void CorvJointTranslation::setCurrentTranslationAxis(const ClumVect3& i_axis)
-{
-  setCurrentBaseVectorAxis(m_baseVector, i_axis);
-}
-
-void CorvJointTranslation::encodeWithCoder(const ClumCoderShPtr& i_coder) const
-{
-  CorvJoint::encodeWithCoder(i_coder);
-  i_coder->encodeInt(m_baseVector, "baseVector");
-}
-
-lmStatus CorvJointTranslation::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
-{
-  const lmStatus status = CorvJoint::initWithCoder(i_coder, i_self);
-  if (status.failed())
-    return status;
-  const int baseVector = i_coder->decodeInt("baseVector");
-  m_baseVector = static_cast<ClumMat4::EBaseVector>(baseVector);
-  const bool isKnown = baseVector >= ClumMat4::X_AXIS && baseVector <= ClumMat4::INVERSE_Z_AXIS;
-  return isKnown ? status : lmStatus(lmStatus::FAILURE);
 }

@@ -4,7 +4,6 @@
 #include "foundation/lumDescribe.h"
 #include "foundation/lumParameterMap.h"
 #include "kinematics/orvConfigSpace.h"
-#include "paths/orvDirectPath.h"
 #include "paths/orvPath.h"
 #include "validation/orvReportPathCollision.h"
 #include "validation/orvValidatorDPCollision.h"
@@ -20,7 +19,7 @@ const std::string CorvValidatorPathCollision::DEFAULT_NAME("orvane.core.path-col
 
 CorvValidatorPathCollision::CorvValidatorPathCollision(const CorvConfigSpaceShPtr& i_space, double i_penetration,
                                                        const CorvValidatorShPtr& i_directPathValidator)
-  : CorvValidator(i_space, DEFAULT_NAME), m_penetration(i_penetration), m_directPathValidator(i_directPathValidator)
+  : CorvValidatorPathBase(i_space, DEFAULT_NAME, i_directPathValidator), m_penetration(i_penetration)
 {
 }
 
@@ -61,8 +60,8 @@ lmStatus CorvValidatorPathCollision::penetration(double i_penetration)
 
 const CorvValidatorShPtr& CorvValidatorPathCollision::directPathValidator() const
 {
-  if (m_directPathValidator)
-    return m_directPathValidator;
+  if (const CorvValidatorShPtr& given = CorvValidatorPathBase::directPathValidator())
+    return given;
   if (!m_ownValidator)
     m_ownValidator = CorvValidatorDPCollision::create(configSpace(), CorvValidatorConstShPtr(), m_penetration);
   return m_ownValidator;
@@ -91,40 +90,24 @@ bool CorvValidatorPathCollision::doValidatePath(const CorvPath& i_path, const Cl
   const ClumParameterMapShPtr params = ClumParameterMap::createWithBase(i_params);
   if (m_penetration > 0.0)
     params->setDouble(s_penetrationKey, m_penetration);
-  bool isValid = true;
-  for (unsigned int i = 0; i < i_path.countDirectPaths() && (isValid || m_isExhaustive); ++i)
-  {
-    const CorvDirectPathConstShPtr directPath = i_path.directPath(i);
-    validator->validate(*directPath, params);
-    isValid = directPath->isValid() && isValid;
-  }
+  const bool isValid = areDirectPathsValid(i_path, *validator, params, isExhaustive());
   const CorvReportPathCollisionShPtr report = CorvReportPathCollision::create();
   report->penetration(m_penetration);
   o_report = report;
   return isValid;
 }
 
-bool CorvValidatorPathCollision::shouldRevalidatePath(const CorvPath&, const ClumParameterMapConstShPtr&,
-                                                      const CorvValidationReportConstShPtr&) const
-{
-  return true;
-}
-
 void CorvValidatorPathCollision::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
-  CorvValidator::encodeWithCoder(i_coder);
-  i_coder->encodeObjectShPtr(m_directPathValidator, "dpValidator");
-  i_coder->encodeBool(m_isExhaustive, "isExhaustive");
+  CorvValidatorPathBase::encodeWithCoder(i_coder);
   i_coder->encodeDouble(m_penetration, "penetration");
 }
 
 lmStatus CorvValidatorPathCollision::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
 {
-  const lmStatus status = CorvValidator::initWithCoder(i_coder, i_self);
+  const lmStatus status = CorvValidatorPathBase::initWithCoder(i_coder, i_self);
   if (status.failed())
     return status;
-  m_directPathValidator = i_coder->decode<CorvValidator>("dpValidator");
-  m_isExhaustive = i_coder->decodeBool("isExhaustive");
   m_penetration = i_coder->decodeDouble("penetration");
   return m_penetration >= 0.0 ? status : lmStatus(-1);
 }

@@ -1,10 +1,8 @@
 #include "validation/orvValidatorPathDirectPaths.h"
 
-#include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumParameterMap.h"
 #include "kinematics/orvConfigSpace.h"
-#include "paths/orvDirectPath.h"
 #include "paths/orvPath.h"
 #include "validation/orvValidationReport.h"
 #include "validation/orvValidatorSet.h"
@@ -19,7 +17,7 @@ const std::string CorvValidatorPathDirectPaths::DEFAULT_NAME("orvane.core.path-c
 
 CorvValidatorPathDirectPaths::CorvValidatorPathDirectPaths(const CorvConfigSpaceShPtr& i_space,
                                                            const CorvValidatorShPtr& i_directPathValidator)
-  : CorvValidator(i_space, DEFAULT_NAME), m_directPathValidator(i_directPathValidator)
+  : CorvValidatorPathBase(i_space, DEFAULT_NAME, i_directPathValidator)
 {
 }
 
@@ -47,59 +45,18 @@ CorvValidatorShPtr CorvValidatorPathDirectPaths::clone() const
   return createCopy(self());
 }
 
-void CorvValidatorPathDirectPaths::pushAttributes()
-{
-  if (m_directPathValidator)
-    m_directPathValidator->pushAttributes();
-}
-
-void CorvValidatorPathDirectPaths::popAttributes()
-{
-  if (m_directPathValidator)
-    m_directPathValidator->popAttributes();
-}
-
 bool CorvValidatorPathDirectPaths::doValidatePath(const CorvPath& i_path, const ClumParameterMapConstShPtr& i_params,
                                                   const CorvValidationReportConstShPtr&,
                                                   CorvValidationReportShPtr& o_report) const
 {
   static const ClumStringKey s_exhaustiveKey("orvane.core.validator.path.direct-paths.exhaustive");
   const CorvConfigSpaceShPtr space = i_path.configSpace();
-  const CorvValidatorShPtr validator =
-    m_directPathValidator ? m_directPathValidator : (space ? space->directPathValidators() : CorvValidatorSetShPtr());
+  const CorvValidatorShPtr& own = directPathValidator();
+  const CorvValidatorShPtr validator = own ? own : (space ? space->directPathValidators() : CorvValidatorSetShPtr());
   if (!validator)
     return false;
-  const bool isExhaustive = i_params ? i_params->boolValue(s_exhaustiveKey, m_isExhaustive) : m_isExhaustive;
-  bool isValid = true;
-  for (unsigned int i = 0; i < i_path.countDirectPaths() && (isValid || isExhaustive); ++i)
-  {
-    const CorvDirectPathConstShPtr directPath = i_path.directPath(i);
-    validator->validate(*directPath, i_params);
-    isValid = directPath->isValid() && isValid;
-  }
+  const bool isExhaustiveNow = i_params ? i_params->boolValue(s_exhaustiveKey, isExhaustive()) : isExhaustive();
+  const bool isValid = areDirectPathsValid(i_path, *validator, i_params, isExhaustiveNow);
   o_report = CorvValidationReport::create();
   return isValid;
-}
-
-bool CorvValidatorPathDirectPaths::shouldRevalidatePath(const CorvPath&, const ClumParameterMapConstShPtr&,
-                                                        const CorvValidationReportConstShPtr&) const
-{
-  return true;
-}
-
-void CorvValidatorPathDirectPaths::encodeWithCoder(const ClumCoderShPtr& i_coder) const
-{
-  CorvValidator::encodeWithCoder(i_coder);
-  i_coder->encodeObjectShPtr(m_directPathValidator, "dpValidator");
-  i_coder->encodeBool(m_isExhaustive, "isExhaustive");
-}
-
-lmStatus CorvValidatorPathDirectPaths::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
-{
-  const lmStatus status = CorvValidator::initWithCoder(i_coder, i_self);
-  if (status.failed())
-    return status;
-  m_directPathValidator = i_coder->decode<CorvValidator>("dpValidator");
-  m_isExhaustive = i_coder->decodeBool("isExhaustive");
-  return lmStatus();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "kinematics/orvJoint.h"
+#include "kinematics/orvJointAxis.h"
 
 /// A joint that turns about one base vector of its frame, or against it for the inverse ones.
-class LUM_API CorvJointRotation : public CorvJoint
+class LUM_API CorvJointRotation : public CorvJointAxis
 {
   LUM_CONCRETE(CorvJointRotation, CorvJoint);
 
@@ -23,21 +23,15 @@ public:
   /// The effect of a base vector; null for a value that names none.
   static CorvKinematicalEffectShPtr makeKinematicalEffectForAxis(ClumMat4::EBaseVector i_baseVector);
 
-  ClumMat4::EBaseVector baseVector() const { return m_baseVector; }
   /// The base vector's direction in the world, in the joint's present frame.
-  ClumVect3 rotationAxis() const;
-  /// Turns the joint's frame, or moves its origin, as `setCurrentPosition` does.
-  void setCurrentRotationAxis(const ClumVect3& i_axis);
-  void setCurrentCenter(const ClumVect3& i_center) { CorvJoint::setCurrentCenter(i_center); }
-
-  void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
-  lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
+  ClumVect3 rotationAxis() const { return currentAxis(); }
+  /// Turns the joint's frame, as `setCurrentPosition` does.
+  void setCurrentRotationAxis(const ClumVect3& i_axis) { setCurrentAxis(i_axis); }
 
 protected:
   CorvJointRotation() = default;
-  CorvJointRotation(const std::vector<double>& i_values, const ClumMat4& i_position,
-                    ClumMat4::EBaseVector i_baseVector);
-
-private:
-  ClumMat4::EBaseVector m_baseVector = ClumMat4::EBaseVector();
+  CorvJointRotation(double i_value, const ClumMat4& i_position, ClumMat4::EBaseVector i_baseVector)
+    : CorvJointAxis(makeKinematicalEffectForAxis(i_baseVector), i_value, i_position, i_baseVector)
+  {
+  }
 };

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "validation/orvValidator.h"
+#include "validation/orvValidatorPathBase.h"
 
 /// A path is free of collision, up to a penetration, if each of its direct paths is.
-class LUM_API CorvValidatorPathCollision : public CorvValidator
+class LUM_API CorvValidatorPathCollision : public CorvValidatorPathBase
 {
   LUM_CONCRETE(CorvValidatorPathCollision, CorvValidator);
 
@@ -23,19 +23,13 @@ public:
   lmStatus penetration(double i_penetration);
   /// The one that was set; otherwise a `CorvValidatorDPCollision` of this penetration, made on first need.
   const CorvValidatorShPtr& directPathValidator() const;
-  void directPathValidator(const CorvValidatorShPtr& i_validator) { m_directPathValidator = i_validator; }
-  /// If true, the direct paths after an invalid one are judged too.
-  bool isExhaustive() const { return m_isExhaustive; }
-  void isExhaustive(bool i_isExhaustive) { m_isExhaustive = i_isExhaustive; }
+  using CorvValidatorPathBase::directPathValidator;
 
   void pushAttributes() override;
   void popAttributes() override;
   bool doValidatePath(const CorvPath& i_path, const ClumParameterMapConstShPtr& i_params,
                       const CorvValidationReportConstShPtr& i_report,
                       CorvValidationReportShPtr& o_report) const override;
-  /// True: the direct paths' own reports answer, so a second call costs little and follows them.
-  bool shouldRevalidatePath(const CorvPath& i_path, const ClumParameterMapConstShPtr& i_params,
-                            const CorvValidationReportConstShPtr& i_report) const override;
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
@@ -49,7 +43,5 @@ protected:
 
 private:
   double m_penetration = 0.0;
-  CorvValidatorShPtr m_directPathValidator;
   mutable CorvValidatorShPtr m_ownValidator; ///< made for the penetration at hand, where none was set
-  bool m_isExhaustive = false;
 };
