@@ -7,6 +7,7 @@
 #include "kinematics/orvUtility.h"
 #include "metrics/orvMetric.h"
 #include "metrics/orvMetricEuclidean.h"
+#include "metrics/orvMetricManhattan.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -16,12 +17,12 @@ namespace
 {
 std::size_t g_allocations = 0;
 
-CorvConfigSpaceShPtr sixDofs()
+CorvConfigSpaceShPtr sixDofs(const CorvMetricShPtr& i_metric = CorvMetricEuclidean::create())
 {
   const CorvCSCompositeShPtr space = CorvCSComposite::create("orvane.bench.six-dofs");
   for (int i = 0; i < 6; ++i)
     space->appendSubspace(CorvDof::create(i >= 3));
-  space->metric(CorvMetricEuclidean::create());
+  space->metric(i_metric);
   return space;
 }
 
@@ -59,27 +60,42 @@ void benchmarkCopy()
   report("allocations in 1,000 dof writes inside a change pair", static_cast<double>(g_allocations - before), "0");
 }
 
+double handWrittenTurn(double i_a, double i_b)
+{
+  const double turn = std::fmod(i_b - i_a, 2.0 * M_PI);
+  if (turn >= M_PI)
+    return turn - 2.0 * M_PI;
+  return turn < -M_PI ? turn + 2.0 * M_PI : turn;
+}
+
 /// What a user would write by hand for three lengths and three angles.
-double handWrittenDistance(const double* i_a, const double* i_b)
+double handWrittenEuclidean(const double* i_a, const double* i_b)
 {
   double sum = 0.0;
   for (int i = 0; i < 3; ++i)
     sum += (i_b[i] - i_a[i]) * (i_b[i] - i_a[i]);
   for (int i = 3; i < 6; ++i)
   {
-    double turn = std::fmod(i_b[i] - i_a[i], 2.0 * M_PI);
-    if (turn >= M_PI)
-      turn -= 2.0 * M_PI;
-    else if (turn < -M_PI)
-      turn += 2.0 * M_PI;
+    const double turn = handWrittenTurn(i_a[i], i_b[i]);
     sum += turn * turn;
   }
   return std::sqrt(sum);
 }
 
-void benchmarkDistance()
+double handWrittenManhattan(const double* i_a, const double* i_b)
 {
-  const CorvConfigSpaceShPtr space = sixDofs();
+  double sum = 0.0;
+  for (int i = 0; i < 3; ++i)
+    sum += std::fabs(i_b[i] - i_a[i]);
+  for (int i = 3; i < 6; ++i)
+    sum += std::fabs(handWrittenTurn(i_a[i], i_b[i]));
+  return sum;
+}
+
+template <class HAND>
+Comparison compareDistances(const CorvMetricShPtr& i_metric, const HAND& i_hand)
+{
+  const CorvConfigSpaceShPtr space = sixDofs(i_metric);
   std::vector<CorvConfig> configs;
   std::vector<std::vector<double>> arrays;
   for (int i = 0; i < 64; ++i)
@@ -87,19 +103,25 @@ void benchmarkDistance()
     configs.push_back(randomConfig(space));
     arrays.push_back(configs.back().dofValues());
   }
-  const CorvMetricShPtr metric = space->metric();
-  const Comparison distance = compare(
+  return compare(
     [&]
     {
       for (int i = 0; i < 63; ++i)
-        keep(metric->distance(configs[i], configs[i + 1]));
+        keep(i_metric->distance(configs[i], configs[i + 1]));
     },
     [&]
     {
       for (int i = 0; i < 63; ++i)
-        keep(handWrittenDistance(arrays[i].data(), arrays[i + 1].data()));
+        keep(i_hand(arrays[i].data(), arrays[i + 1].data()));
     });
-  report("Euclidean distance of two six-dof configurations / a loop on two arrays", distance.ratio(), "at most 5");
+}
+
+void benchmarkDistance()
+{
+  report("Euclidean distance of two six-dof configurations / a loop on two arrays",
+         compareDistances(CorvMetricEuclidean::create(), handWrittenEuclidean).ratio(), "at most 5");
+  report("Manhattan distance of two six-dof configurations / a loop on two arrays",
+         compareDistances(CorvMetricManhattan::create(), handWrittenManhattan).ratio(), "at most 5");
 }
 
 const Section s_copy("copy", benchmarkCopy);

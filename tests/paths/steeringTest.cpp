@@ -1,4 +1,5 @@
 #include "foundation/lumGeometryUtilities.h"
+#include "kinematics/orvCSGroup.h"
 #include "kinematics/orvDevice.h"
 #include "metrics/orvMetricManhattan.h"
 #include "metrics/orvMetricZero.h"
@@ -115,6 +116,37 @@ TEST(CorvDPManhattan, ShufflesItsDofsOnlyWhenToldTo)
   std::reverse(again.begin(), again.end());
   EXPECT_EQ(again, order);
   EXPECT_EQ(placeOn(shuffled, 0.0), start);
+}
+
+TEST(CorvDPManhattan, KeepsTheOrderOfItsDofsInASpaceWhereTheyHaveOtherRanks)
+{
+  const CorvDeviceShPtr arm = planarArm(3);
+  const CorvConfigSpaceShPtr space = arm->configSpace();
+  const CorvSMManhattanShPtr method = CorvSMManhattan::create();
+  method->doesRandomizeDofOrder(true);
+  std::srand(5);
+  const CorvDPManhattanShPtr path = manhattan(space, {0.1, 0.2, 0.3}, {1.1, -0.8, 2.3}, method);
+  std::vector<unsigned int> before, after;
+  path->retrieveDofMotionOrder(before);
+  const CorvCSGroupShPtr turned = CorvCSGroup::create("test.turned");
+  for (const unsigned int rank : {2u, 1u, 0u})
+    ASSERT_TRUE(turned->appendSubspace(space->dof(rank)).succeeded());
+  turned->device(arm);
+  const auto converted =
+    boost::dynamic_pointer_cast<CorvDPManhattan>(CorvDirectPath::createByConvertingToSpace(path, turned));
+  ASSERT_TRUE(converted);
+  converted->retrieveDofMotionOrder(after);
+  for (unsigned int i = 0; i < 3; ++i)
+    EXPECT_EQ(after[i], 2u - before[i]);
+  EXPECT_DOUBLE_EQ(converted->length(), path->length());
+  for (const double t : {0.0, 0.2, 0.5, 0.7, 1.0})
+  {
+    const std::vector<double> here = placeOn(path, t * path->length());
+    const std::vector<double> there = placeOn(converted, t * path->length());
+    for (unsigned int rank = 0; rank < 3; ++rank)
+      EXPECT_NEAR(there[2 - rank], here[rank], 1e-12);
+  }
+  EXPECT_FALSE(CorvDirectPath::createByConvertingToSpace(path, CorvConfigSpaceShPtr()));
 }
 
 TEST(CorvDPManhattan, ADofThatJumpsWithoutALengthHasNoFiniteRate)
