@@ -61,7 +61,7 @@ protected:
     builder->extendMethod(extendMethod);
     builder->diffusionShooter(CorvShooterRoadmapBox::create());
     builder->linker(CorvLinkerKeepValidPart::create());
-    const CorvConfig start(space, {-4.0, -4.0, 0.0, 0.0, 0.0, 0.0}), goal(space, {4.0, 4.0, 1.0, 1.0, -0.5, 2.0});
+    const CorvConfig start(space, {-6.0, -6.0, 0.0, 0.0, 0.0, 0.0}), goal(space, {6.0, 6.0, 1.0, 1.0, -0.5, 2.0});
     builder->addDiffusionSpot(start, CorvMultiDiffusingBuilder::START_LIKE);
     builder->addDiffusionSpot(goal, CorvMultiDiffusingBuilder::GOAL_LIKE);
     m_planner = CorvBuilderPlanner::create(builder);
@@ -123,7 +123,7 @@ using Results = std::vector<std::vector<double>>;
 std::vector<PlanOnCloneOperationShPtr> threePlans()
 {
   const CorvDeviceShPtr device = freeFlyer(lPart(1.2, 0.8, 0.2));
-  EXPECT_TRUE(device->addObstacleGeometry(clutter(11, 20, 6.0)).succeeded());
+  EXPECT_TRUE(device->addObstacleGeometry(clutter(11, 60, 8.0)).succeeded());
   std::vector<PlanOnCloneOperationShPtr> plans;
   for (int i = 0; i < 3; ++i)
     plans.push_back(PlanOnCloneOperation::create(device));
