@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 LUM_DESCRIBE(ClumMultithreadedParallelOperation)
@@ -43,7 +44,17 @@ public:
       return status;
     note(lmStatus(), false);
     m_contexts = ClumUtilityMultithread::makeWorkerContexts();
-    m_thread = std::thread([this] { run(); });
+    try
+    {
+      m_thread = std::thread([this] { run(); });
+    }
+    catch (const std::system_error&)
+    {
+      bool isFinished = false;
+      m_operation->abort();
+      m_operation->step(isFinished);
+      return lmStatus(lmStatus::FAILURE);
+    }
     return status;
   }
 
@@ -149,6 +160,11 @@ ClumMultithreadedParallelOperation::workerOf(const ClumOperationShPtr& i_operati
 
 lmStatus ClumMultithreadedParallelOperation::startMember(const ClumOperationShPtr& i_operation)
 {
+  // One that was a member before, and was removed, comes back as a new one.
+  m_workers.erase(std::remove_if(m_workers.begin(), m_workers.end(),
+                                 [&](const std::unique_ptr<CWorker>& i_former)
+                                 { return i_former->operation() == i_operation; }),
+                  m_workers.end());
   std::unique_ptr<CWorker> worker(new CWorker(i_operation, m_board));
   const lmStatus status = worker->start(parameters());
   if (status.succeeded())
@@ -156,7 +172,7 @@ lmStatus ClumMultithreadedParallelOperation::startMember(const ClumOperationShPt
   return status;
 }
 
-/// Of a member that was removed the output counts too.
+/// The worker stays until the end of the run: the output of a member that was removed counts too.
 lmStatus ClumMultithreadedParallelOperation::stopMember(const ClumOperationShPtr& i_operation)
 {
   CWorker* const worker = workerOf(i_operation);

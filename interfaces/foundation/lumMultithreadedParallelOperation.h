@@ -9,8 +9,9 @@
 /// Only operations that call themselves `THREAD_SAFE` are taken: what two members work on must be two things, such as
 /// two clones of a device, or be guarded by themselves. The threads live from a member's start, which runs in the
 /// caller's thread, to the member's end. A step of the composition only waits a little for one of them to end, so it is
-/// short. Each member writes an output map of its own; at the end these are put into the composition's, in the order of
-/// the members. A member's notifications are sent in its own thread, its `WILL_START` excepted.
+/// short. A member whose thread cannot be made fails in its start. Each member writes an output map of its own; at the
+/// end these are put into the composition's, in the order of the members. A member's notifications are sent in its own
+/// thread, its `WILL_START` excepted.
 ///
 /// Each thread draws random numbers from a generator of its own, seeded from the caller's in the order of the starts:
 /// members that share nothing give the same result in every run, however the threads are scheduled.

@@ -268,6 +268,11 @@ TEST(ClumMultithreadedParallelOperation, StopsAllOnAFailureAnAbortAndItsEnd)
     composition->step(isFinished);
   EXPECT_TRUE(composition->removeOperation(late).succeeded());
   EXPECT_EQ(late->state(), ClumOperation::STATE_ABORTED);
+  const unsigned int countWhenRemoved = late->count;
+  EXPECT_TRUE(composition->addOperation(late).succeeded());
+  while (late->count == countWhenRemoved)
+    composition->step(isFinished);
+  EXPECT_FALSE(isFinished);
   double completion = 1.0;
   EXPECT_TRUE(composition->computeCompletion(completion).succeeded());
   EXPECT_LT(completion, 1.0);
