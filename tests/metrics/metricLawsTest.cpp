@@ -193,6 +193,16 @@ TEST(CorvMetricDecorator, NeverDecoratesItself)
   EXPECT_EQ(inner->decoratedMetric()->type(), "orvane.core.metric.absolute");
 }
 
+TEST(CorvMetricDecorator, OfAnotherClassIsAnotherMetricWhateverItIsCalled)
+{
+  const CorvJointShPtr joint = CorvJointFreeFlyer::create(ClumMat4());
+  const CorvMetricShPtr scale = CorvMetricScale::create(CorvMetricAbsolute::create(), "test.factor");
+  const CorvMetricShPtr sweep = CorvMetricJointSweep::create(joint, CorvMetricAbsolute::create(), "test.factor");
+  EXPECT_FALSE(*scale == *sweep);
+  EXPECT_FALSE(*sweep == *scale);
+  EXPECT_TRUE(*sweep == *sweep->clone());
+}
+
 TEST(CorvMetricIK, AddsTheSquaresOfBothSpacesAndStepsInBoth)
 {
   const CorvConfigSpaceShPtr command = makeSpace({makeDof({false, false, 2.0}), makeDof({false, false, 1.0})});
