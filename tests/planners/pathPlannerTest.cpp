@@ -351,6 +351,21 @@ TEST_F(PathPlanner, IdentityReturnsACopyAndAllStability)
   ASSERT_TRUE(clone);
   EXPECT_NE(clone, identity);
   EXPECT_TRUE(clone->plan(input, CorvPathPlanner::STABLE_ENDS, path).succeeded());
+  EXPECT_TRUE(clone->notificator());
+  EXPECT_NE(clone->notificator(), identity->notificator());
+}
+
+TEST_F(PathPlanner, PlansWithoutANotificator)
+{
+  planner->notificator(ClumNotificatorShPtr());
+  const ClumParameterMapShPtr input = ClumParameterMap::create();
+  input->setShPtr(CorvPlannerOperation::INPUT_PATH_KEY, pathThrough({0.0, 1.0}));
+  EXPECT_TRUE(planner->asOperation()->operate(input, ClumParameterMapShPtr()).succeeded());
+  const CorvIdentityPlannerShPtr silent = CorvIdentityPlanner::create();
+  silent->notificator(ClumNotificatorShPtr());
+  const CorvPathPlannerShPtr clone = silent->clone();
+  ASSERT_TRUE(clone);
+  EXPECT_FALSE(clone->notificator());
 }
 
 TEST_F(PathPlanner, OperationPlansInStepsAndReportsUnderItsKeys)
