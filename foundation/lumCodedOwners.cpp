@@ -81,8 +81,9 @@ private:
   {
     m_marks[i_step.object] = DONE;
     std::size_t& size = m_treeSizes[i_step.object];
+    const ClumClass* const family = familyOf(m_graph.objects[i_step.object].classObject);
     for (const std::size_t owned : i_step.owned)
-      if (familyOf(m_graph.objects[owned].classObject) == familyOf(m_graph.objects[i_step.object].classObject))
+      if (familyOf(m_graph.objects[owned].classObject) == family)
         size = std::min(size + m_treeSizes[owned], 2 * SHARED_SURPLUS + m_marks.size());
     return size <= SHARED_SURPLUS + m_marks.size();
   }

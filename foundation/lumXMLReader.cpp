@@ -75,6 +75,7 @@ bool readNumbers(std::string_view i_text, std::vector<T>& o_values)
 {
   const char* at = i_text.data();
   const char* const end = at + i_text.size();
+  o_values.reserve(i_text.size() / 8 + 1); // near enough for most lists
   while (true)
   {
     while (at != end && isSpaceCharacter(*at))
@@ -212,18 +213,30 @@ private:
 
   bool readSpace(const pugi::xml_node& i_node, CCodedSpace& io_space, unsigned int i_depth)
   {
-    for (const pugi::xml_node& child : i_node.children())
+    std::size_t count = 0;
+    for (pugi::xml_node child = i_node.first_child(); child; child = child.next_sibling())
+      ++count;
+    io_space.entries.reserve(count);
+    for (pugi::xml_node child = i_node.first_child(); child; child = child.next_sibling())
       if (!readEntry(child, io_space, i_depth))
         return false;
     return true;
   }
 
-  bool readText(const pugi::xml_node& i_node, const char* i_attribute, std::string_view& o_text)
+  /// Any bytes, for what is made sure of otherwise.
+  bool readBytes(const pugi::xml_node& i_node, const char* i_attribute, std::string_view& o_text)
   {
     const pugi::xml_attribute attribute = i_node.attribute(i_attribute);
     if (!attribute)
       return refuse(i_node, std::string("the attribute '") + i_attribute + "' is missing");
     o_text = attribute.value();
+    return true;
+  }
+
+  bool readText(const pugi::xml_node& i_node, const char* i_attribute, std::string_view& o_text)
+  {
+    if (!readBytes(i_node, i_attribute, o_text))
+      return false;
     return lumIsXMLText(o_text.data(), o_text.size()) ||
            refuse(i_node, std::string("the attribute '") + i_attribute + "' holds characters that are no text");
   }
@@ -232,7 +245,7 @@ private:
   bool readValue(const pugi::xml_node& i_node, const char* i_attribute, T& o_value)
   {
     std::string_view text;
-    return readText(i_node, i_attribute, text) &&
+    return readBytes(i_node, i_attribute, text) &&
            (readNumber(text, o_value) || refuse(i_node, std::string("the attribute '") + i_attribute +
                                                           "' is no number of the kind, or out of range"));
   }
@@ -294,7 +307,7 @@ private:
   bool readList(const pugi::xml_node& i_node, std::vector<T>& o_values)
   {
     std::string_view text;
-    return readText(i_node, "value", text) &&
+    return readBytes(i_node, "value", text) &&
            (readNumbers(text, o_values) || refuse(i_node, "the list holds what is no number of the kind"));
   }
 
@@ -338,7 +351,7 @@ private:
     return true;
   }
 
-  bool readBytes(const pugi::xml_node& i_node, TCodedBuffer& o_bytes)
+  bool readBuffer(const pugi::xml_node& i_node, TCodedBuffer& o_bytes)
   {
     std::string_view text;
     return readText(i_node, "value", text) &&
@@ -348,7 +361,7 @@ private:
   bool bytes(const pugi::xml_node& i_node, TCodedValue& o_value, unsigned int)
   {
     TCodedBuffer buffer;
-    if (!readBytes(i_node, buffer))
+    if (!readBuffer(i_node, buffer))
       return false;
     o_value.emplace<std::string>(buffer.begin(), buffer.end());
     return true;
@@ -356,7 +369,7 @@ private:
 
   bool buffer(const pugi::xml_node& i_node, TCodedValue& o_value, unsigned int)
   {
-    return readBytes(i_node, o_value.emplace<TCodedBuffer>());
+    return readBuffer(i_node, o_value.emplace<TCodedBuffer>());
   }
 
   bool color(const pugi::xml_node& i_node, TCodedValue& o_value, unsigned int)

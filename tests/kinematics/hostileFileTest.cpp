@@ -116,7 +116,7 @@ TEST(HostileFile, DeviceThatDoesNotFitTogetherIsRefused)
     {"a joint that is its own parent", withField(text, root, "parentJoint", reference("parentJoint", root, "weak"))},
     {"joints that are above each other", withField(text, root, "parentJoint", reference("parentJoint", child, "weak"))},
     {"no effect", withField(text, root, "kinematicalEffect", "")},
-    {"an effect without its dof", withField(text, effect, "configSpace", reference("configSpace", childSpace))},
+    {"an effect without its dof", withField(text, effect, "configSpace", reference("configSpace", jointSpace))},
     {"too many values",
      withField(text, root, "currentEffectDofValues", "<doubles key=\"currentEffectDofValues\" value=\"0 0\"/>")},
     {"no values", withField(text, root, "currentEffectDofValues", "")},
