@@ -64,14 +64,20 @@ bool areEndsValid(const PlanScene& i_scene)
   return areValid;
 }
 
+/// Between the rows of the table; what was asked for makes it no longer than a hundred thousand rows.
+double tableStep(const PlanOptions& i_options, const SearchResult& i_result)
+{
+  const double mostRows = 1e5;
+  return std::fmax(i_options.sampleStep.value_or(i_result.lengthAfter / 200.0), i_result.lengthAfter / mostRows);
+}
+
 /// Writes the files that were asked for. @return false with one line in `o_error`.
 bool writeFiles(const PlanOptions& i_options, const PlanScene& i_scene, const SearchResult& i_result,
                 std::string& o_error)
 {
   if (!i_options.out.empty() && i_result.isSolved)
   {
-    const double step = i_options.sampleStep.value_or(std::fmax(i_result.lengthAfter / 200.0, 1e-12));
-    if (!writeFile(i_options.out, pathTable(*i_result.path, step), o_error))
+    if (!writeFile(i_options.out, pathTable(*i_result.path, tableStep(i_options, i_result)), o_error))
       return false;
   }
   return i_options.svg.empty() || writeFile(i_options.svg, scenePicture(i_scene, i_result), o_error);
@@ -81,7 +87,10 @@ std::vector<std::string> gatherNotes(const PlanOptions& i_options, const PlanSce
                                      const SearchResult& i_result)
 {
   std::vector<std::string> notes = i_scene.notes();
+  notes.insert(notes.end(), i_result.notes.begin(), i_result.notes.end());
   notes.insert(notes.end(), i_log.notes().begin(), i_log.notes().end());
+  if (i_result.isSolved && i_options.sampleStep && tableStep(i_options, i_result) > *i_options.sampleStep)
+    notes.push_back("--sample-step is too small for a table of 100000 rows at most: a larger one is taken");
   if (i_result.isSolved && i_options.doesOptimize && isInterrupted())
     notes.push_back("the shortening of the path was interrupted");
   return notes;

@@ -30,9 +30,9 @@ bool isInterrupted()
   return g_isInterrupted != 0;
 }
 
-SearchMonitor::SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit,
-                             const CorvRoadmapShPtr& i_roadmap, const CorvConfig& i_start, const CorvConfig& i_goal)
-  : m_maxSteps(i_maxSteps), m_timeLimit(i_timeLimit), m_roadmap(i_roadmap), m_start(i_start), m_goal(i_goal),
+SearchMonitor::SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit, const CorvConfig& i_start,
+                             const CorvConfig& i_goal)
+  : m_maxSteps(i_maxSteps), m_timeLimit(i_timeLimit), m_start(i_start), m_goal(i_goal),
     m_isTerminal(isatty(fileno(stderr)) != 0), m_begin(std::chrono::steady_clock::now()), m_nextDrawing(m_begin)
 {
 }
@@ -61,15 +61,15 @@ bool SearchMonitor::plannerShouldStopPlanning(const CorvPathPlannerShPtr& i_plan
     m_ending = "the time limit was reached";
   else if (!m_isOptimizing && m_steps >= m_maxSteps)
     m_ending = "no path within " + std::to_string(m_maxSteps) + " steps";
-  if (!m_ending.empty())
+  if (!m_ending.empty() || (!m_isOptimizing && m_steps >= m_turnEnd))
     return true;
   m_steps += !m_isOptimizing;
   return CorvPathPlannerDelegate::plannerShouldStopPlanning(i_planner);
 }
 
-double SearchMonitor::distanceToGoal() const
+double SearchMonitor::distanceToGoal(const CorvRoadmap& i_roadmap) const
 {
-  const CorvNodeShPtr start = m_roadmap->nodeWithEquivalentConfig(m_start);
+  const CorvNodeShPtr start = i_roadmap.nodeWithEquivalentConfig(m_start);
   CorvNodeShPtr nearest;
   return start ? start->connectedComponent()->minDistanceTo(m_goal, nearest) : m_start.distanceTo(m_goal);
 }
@@ -86,8 +86,16 @@ void SearchMonitor::draw()
     char bar[width + 1] = "..........";
     for (int i = 0; i < filled && i < width; ++i)
       bar[i] = '#';
+    unsigned int nodes = 0, components = 0;
+    double distance = m_start.distanceTo(m_goal);
+    for (const CorvRoadmapShPtr& roadmap : m_roadmaps)
+    {
+      nodes += roadmap->countNodes();
+      components += roadmap->countConnectedComponents();
+      distance = std::min(distance, distanceToGoal(*roadmap));
+    }
     std::fprintf(stderr, "\r%c [%s] step %u, %u nodes in %u components, %.4g to the goal\033[K", turn, bar, m_steps,
-                 m_roadmap->countNodes(), m_roadmap->countConnectedComponents(), distanceToGoal());
+                 nodes, components, distance);
   }
   std::fflush(stderr);
   m_hasLine = true;

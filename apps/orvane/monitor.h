@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <optional>
+#include <vector>
 
 /// From now on the first interrupt (Ctrl-C) is noted, and a second one ends the program.
 void catchInterrupts();
@@ -16,9 +17,14 @@ bool isInterrupted();
 class SearchMonitor : public CorvPathPlannerDelegate
 {
 public:
-  SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit, const CorvRoadmapShPtr& i_roadmap,
-                const CorvConfig& i_start, const CorvConfig& i_goal);
+  SearchMonitor(unsigned int i_maxSteps, std::optional<double> i_timeLimit, const CorvConfig& i_start,
+                const CorvConfig& i_goal);
   ~SearchMonitor() override;
+
+  /// Takes a roadmap into the progress line.
+  void watch(const CorvRoadmapShPtr& i_roadmap) { m_roadmaps.push_back(i_roadmap); }
+  /// Stops the planner, without an ending, after this many steps from now.
+  void beginTurn(unsigned int i_steps) { m_turnEnd = m_steps + i_steps; }
 
   bool plannerShouldStopPlanning(const CorvPathPlannerShPtr& i_planner) override;
 
@@ -32,14 +38,15 @@ public:
 
 private:
   void draw();
-  double distanceToGoal() const;
+  double distanceToGoal(const CorvRoadmap& i_roadmap) const;
 
   unsigned int m_maxSteps;
   std::optional<double> m_timeLimit;
-  CorvRoadmapShPtr m_roadmap;
+  std::vector<CorvRoadmapShPtr> m_roadmaps;
   CorvConfig m_start;
   CorvConfig m_goal;
   unsigned int m_steps = 0;
+  unsigned int m_turnEnd = 0;
   bool m_isOptimizing = false;
   bool m_isTerminal;
   bool m_hasLine = false;

@@ -47,8 +47,8 @@ std::string resultText(const PlanOptions& i_options, const std::vector<std::stri
     text += i_result.penetration > 0.0 ? line(", proved to a penetration of %g", i_result.penetration)
                                        : std::string(", proved free of collision");
   text += "\n";
-  text += line("chosen: penetration %g, random step %g, longest motion %g, seed %u\n", i_result.penetration,
-               i_result.deviation, i_result.extension, i_options.seed);
+  text += line("chosen: penetration %g, random step %g, longest motion %g and in turn %g, seed %u\n",
+               i_result.penetration, i_result.deviation, i_result.extension, i_result.farExtension, i_options.seed);
   text += line("times: loading %.3f s, planning %.3f s, optimising %.3f s\n", i_result.loadSeconds,
                i_result.planSeconds, i_result.optimizeSeconds);
   text += line("search: %u steps, %u nodes, %u edges\n", i_result.steps, i_result.nodes, i_result.edges);
@@ -70,6 +70,7 @@ std::string resultJson(const PlanOptions& i_options, const std::vector<std::stri
   json["penetration"] = i_result.penetration;
   json["randomStep"] = i_result.deviation;
   json["longestMotion"] = i_result.extension;
+  json["longestFarMotion"] = i_result.farExtension;
   json["seconds"] = {
     {"loading", i_result.loadSeconds}, {"planning", i_result.planSeconds}, {"optimizing", i_result.optimizeSeconds}};
   json["steps"] = i_result.steps;
@@ -95,7 +96,7 @@ std::string pathTable(const CorvPath& i_path, double i_step)
     if (i_path.getConfiguration(rank, config).failed())
       continue;
     const double length = rank == 0 ? 0.0 : i_path.directPath(rank - 1)->length();
-    const unsigned int pieces = static_cast<unsigned int>(std::fmin(std::ceil(length / i_step), 1e6));
+    const unsigned int pieces = length > 0.0 ? static_cast<unsigned int>(std::ceil(length / i_step)) : 0u;
     CorvConfig sample(i_path.configSpace());
     for (unsigned int piece = 1; piece < pieces; ++piece)
     {

@@ -20,11 +20,23 @@
 #include "validation/orvValidatorSet.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace
 {
-/// Random step and longest motion, as a part of the bounds' diagonal.
+/// Random step and longest motion of the near search, as a part of the bounds' diagonal.
 constexpr double STEP = 0.025;
+/// Of the far search, as multiples of those: motions are drawn between once and this many times the near one's.
+constexpr double FAR_DEVIATION = 4.0;
+constexpr double FAR_EXTENSION = 8.0;
+/// The searches take turns of so many steps, the first time, and longer by this factor each time.
+constexpr double FIRST_NEAR_TURN = 40.0;
+constexpr double FIRST_FAR_TURN = 6.0;
+constexpr double TURN_GROWTH = 1.5;
+/// Of the part's smallest side: a penetration beyond it is worth a note.
+constexpr double NOTABLE_PENETRATION = 0.5;
+/// At penetration 0, the clearance that is asked for, as a part of the part's radius.
+constexpr double EXACT_CLEARANCE = 1e-4;
 
 /// The sizes of the search, from those of the scene where the user did not say them.
 ///
@@ -37,13 +49,26 @@ void chooseSizes(const PlanScene& i_scene, const PlanOptions& i_options, SearchR
     i_options.penetration.value_or(std::clamp(0.05 * i_scene.partThickness(), 1e-4 * size, 0.01 * size));
   o_result.deviation = i_options.deviation.value_or(STEP * i_scene.extent());
   o_result.extension = std::max(10.0 * o_result.penetration, STEP * i_scene.extent());
+  o_result.farExtension = FAR_EXTENSION * o_result.extension;
+  if (o_result.penetration > NOTABLE_PENETRATION * i_scene.partThickness())
+    o_result.notes.push_back("the penetration is large against the part's smallest side: the proof may miss contacts "
+                             "that matter");
 }
 
-ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
+/// One of the searches that take turns, each with its own sizes and trees.
+struct TurnSearch
+{
+  CorvRoadmapShPtr roadmap;
+  ClumParameterMapShPtr parameters;
+  CorvBuilderPlannerShPtr planner;
+  double turn; ///< steps of its next turn
+};
+
+ClumParameterMapShPtr makeParameters(double i_penetration, double i_deviation)
 {
   const ClumParameterMapShPtr parameters = ClumParameterMap::create();
-  parameters->setDouble("orvane.core.validator.dp.collision.penetration", i_sizes.penetration)
-    .setDouble("orvane.core.shooter.standard-deviation", i_sizes.deviation)
+  parameters->setDouble("orvane.core.validator.dp.collision.penetration", i_penetration)
+    .setDouble("orvane.core.shooter.standard-deviation", i_deviation)
     .setInt("orvane.core.builder.mono-diffusing.link-interval", 0)
     .setInt("orvane.core.linker-standard.nearest-node-count", 1)
     .setBool("orvane.core.builder-planner.force-path-on-failure", false);
@@ -52,22 +77,24 @@ ClumParameterMapShPtr makeParameters(const SearchResult& i_sizes)
 
 /// A motion that grazes an obstacle over its whole length can take millions of configurations to prove. One that needs
 /// more than a few thousand is given up, as if it collided: the search goes on elsewhere, and what it returns is
-/// proved.
-void prepareProof(const CorvConfigSpace& i_space, double i_penetration)
+/// proved. At penetration 0 a little clearance is asked for, by the size of the part, for the same reason.
+void prepareProof(const PlanScene& i_scene, double i_penetration)
 {
-  const CorvValidatorSetShPtr validators = i_space.directPathValidators();
+  const CorvValidatorSetShPtr validators = i_scene.space()->directPathValidators();
   CorvValidatorDPCollision::setPenetration(validators, i_penetration);
   const CorvValidatorDPCollisionShPtr proof = boost::dynamic_pointer_cast<CorvValidatorDPCollision>(
     validators->validatorNamed(CorvValidatorDPCollision::DEFAULT_NAME, true));
-  if (proof)
-    proof->sampleout(5000);
+  if (!proof)
+    return;
+  proof->sampleout(5000);
+  proof->zeroPenetrationSag(EXACT_CLEARANCE * i_scene.partRadius());
 }
 
 CorvMultiDiffusingBuilderShPtr makeBuilder(const CorvRoadmapShPtr& i_roadmap, const PlanScene& i_scene,
-                                           double i_extension)
+                                           double i_shortest, double i_longest)
 {
   const CorvExtendDirectShPtr extendMethod = CorvExtendDirect::create();
-  extendMethod->restrictionBounds(i_extension, i_extension);
+  extendMethod->restrictionBounds(i_shortest, i_longest);
   const CorvMultiDiffusingBuilderShPtr builder = CorvMultiDiffusingBuilder::create(i_roadmap);
   builder->extendMethod(extendMethod);
   builder->diffusionShooter(CorvShooterRoadmapBox::create());
@@ -93,26 +120,68 @@ CorvPathShPtr shortened(const CorvPathShPtr& i_path, const ClumParameterMapShPtr
   optimizer->plan(i_path, CorvPathPlanner::STABLE_ENDS, i_parameters, result);
   return result && result->length() <= i_path->length() ? result : i_path;
 }
+/// The near search, whose trees grow slowly and find their way through what is narrow, and the far one, which soon gets
+/// around what is large. Which of them a scene needs is not seen beforehand.
+std::vector<TurnSearch> makeSearches(const PlanScene& i_scene, const SearchResult& i_sizes,
+                                     const ShPtr<SearchMonitor>& i_monitor)
+{
+  std::vector<TurnSearch> searches;
+  for (const bool isFar : {false, true})
+  {
+    TurnSearch made;
+    made.roadmap = CorvRoadmap::create(i_scene.space());
+    made.parameters =
+      makeParameters(i_sizes.penetration, isFar ? i_sizes.deviation * FAR_DEVIATION : i_sizes.deviation);
+    made.planner = CorvBuilderPlanner::create(
+      makeBuilder(made.roadmap, i_scene, i_sizes.extension, isFar ? i_sizes.farExtension : i_sizes.extension));
+    made.planner->addDelegate(i_monitor);
+    made.turn = isFar ? FIRST_FAR_TURN : FIRST_NEAR_TURN;
+    i_monitor->watch(made.roadmap);
+    searches.push_back(made);
+  }
+  return searches;
+}
+
+/// Lets the searches take turns until one finds a path, the monitor ends them, or none goes on.
+bool takeTurns(const PlanScene& i_scene, std::vector<TurnSearch>& io_searches, SearchMonitor& io_monitor,
+               CorvPathShPtr& o_path)
+{
+  unsigned int stepsBefore;
+  do
+  {
+    stepsBefore = io_monitor.steps();
+    for (TurnSearch& turn : io_searches)
+    {
+      io_monitor.beginTurn(static_cast<unsigned int>(turn.turn));
+      turn.turn *= TURN_GROWTH;
+      if (turn.planner->plan(i_scene.start(), i_scene.goal(), turn.parameters, o_path).succeeded())
+        return true;
+      if (!io_monitor.ending().empty())
+        return false;
+    }
+  } while (io_monitor.steps() > stepsBefore);
+  return false;
+}
 } // namespace
 
 SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options)
 {
   SearchResult result;
   chooseSizes(i_scene, i_options, result);
-  prepareProof(*i_scene.space(), result.penetration);
-  const ClumParameterMapShPtr parameters = makeParameters(result);
-  const CorvRoadmapShPtr roadmap = CorvRoadmap::create(i_scene.space());
-  const CorvBuilderPlannerShPtr planner = CorvBuilderPlanner::create(makeBuilder(roadmap, i_scene, result.extension));
+  prepareProof(i_scene, result.penetration);
   const ShPtr<SearchMonitor> monitor(
-    new SearchMonitor(i_options.maxSteps, i_options.timeLimit, roadmap, i_scene.start(), i_scene.goal()));
-  planner->addDelegate(monitor);
+    new SearchMonitor(i_options.maxSteps, i_options.timeLimit, i_scene.start(), i_scene.goal()));
+  std::vector<TurnSearch> searches = makeSearches(i_scene, result, monitor);
 
   const std::uint64_t queriesBefore = i_scene.device()->collisionToolkit()->countQueries();
-  result.isSolved = planner->plan(i_scene.start(), i_scene.goal(), parameters, result.path).succeeded();
+  result.isSolved = takeTurns(i_scene, searches, *monitor, result.path);
   result.planSeconds = monitor->seconds();
   result.steps = monitor->steps();
-  result.nodes = roadmap->countNodes();
-  result.edges = roadmap->countEdges();
+  for (const TurnSearch& turn : searches)
+  {
+    result.nodes += turn.roadmap->countNodes();
+    result.edges += turn.roadmap->countEdges();
+  }
   result.ending = monitor->ending().empty() ? "the search ended without a path" : monitor->ending();
   if (result.isSolved)
   {
@@ -120,7 +189,7 @@ SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options)
     if (i_options.doesOptimize)
     {
       monitor->beginOptimizing();
-      result.path = shortened(result.path, parameters, monitor);
+      result.path = shortened(result.path, searches.front().parameters, monitor);
       result.optimizeSeconds = monitor->seconds() - result.planSeconds;
       result.lengthAfter = result.path->length();
     }

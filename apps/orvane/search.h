@@ -7,6 +7,8 @@
 #include "paths/handles.h"
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 /// What a search came to.
 struct SearchResult
@@ -17,7 +19,9 @@ struct SearchResult
 
   double penetration = 0.0; ///< what was used, given or chosen
   double deviation = 0.0;
-  double extension = 0.0; ///< longest motion tried at once
+  double extension = 0.0;    ///< longest motion tried at once by the near search
+  double farExtension = 0.0; ///< and by the far one
+  std::vector<std::string> notes;
 
   unsigned int steps = 0;
   unsigned int nodes = 0;
@@ -35,4 +39,6 @@ struct SearchResult
 
 /// Plans from the scene's start to its goal, and shortens the path if asked to. Shows its progress on a terminal;
 /// an interrupt or a limit ends it with what was found.
+///
+/// Two searches take turns, one of short motions and one of longer ones.
 SearchResult search(const PlanScene& i_scene, const PlanOptions& i_options);

@@ -352,6 +352,22 @@ TEST_F(CommandLine, PrintsNothingButJson)
   EXPECT_NE(failed.at("ending").get<std::string>().find("50"), std::string::npos);
 }
 
+TEST_F(CommandLine, TellsWhatIsDoubtfulInWhatWasAsked)
+{
+  const Outcome outcome =
+    run(request({{"--json", "+"}, {"--penetration", "0.4"}, {"--sample-step", "1e-9"}, {"--out", "table.csv"}}));
+  EXPECT_EQ(outcome.code, 0) << outcome.err;
+  const nlohmann::json json = nlohmann::json::parse(outcome.out, nullptr, false);
+  ASSERT_TRUE(json.is_object()) << outcome.out;
+  ASSERT_EQ(json.at("notes").size(), 2u);
+  EXPECT_NE(json.at("notes")[0].get<std::string>().find("penetration is large"), std::string::npos);
+  EXPECT_NE(json.at("notes")[1].get<std::string>().find("--sample-step is too small"), std::string::npos);
+  const std::string table = contentOf(folder + "table.csv");
+  const auto rowCount = std::count(table.begin(), table.end(), '\n');
+  EXPECT_GT(rowCount, 99000);
+  EXPECT_LT(rowCount, 101000);
+}
+
 TEST_F(CommandLine, TheSeedAloneMakesThePath)
 {
   for (const TOptions& manner : {TOptions{}, TOptions{{"--penetration", "0"}}, TOptions{{"--optimize", "+"}},
