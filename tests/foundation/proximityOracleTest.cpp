@@ -326,7 +326,7 @@ TEST(ProximityOracle, ScaledAndMovedCoordinates)
     if (boost::dynamic_pointer_cast<ClumMesh>(specimen.leaf))
       specimens.push_back(specimen);
   ProximityDice dice(3);
-  for (int n = 0; n < 1500; ++n)
+  for (int n = 0; n < 1000; ++n)
   {
     const double scale = std::pow(10.0, dice(-6.0, 6.0));
     const double far = std::pow(10.0, dice(0.0, 6.0));
