@@ -34,7 +34,7 @@ constexpr std::uint32_t PROXIMITY_PACKET_MASK = (1u << PROXIMITY_FIRST_SHIFT) - 
 
 /// The deepest that a tree may be, in nodes.
 constexpr unsigned int PROXIMITY_MAX_DEPTH = 72;
-constexpr unsigned int PROXIMITY_STACK_SIZE = 4 * 8 * PROXIMITY_MAX_DEPTH;
+constexpr unsigned int PROXIMITY_STACK_SIZE = 2 * 8 * PROXIMITY_MAX_DEPTH;
 
 /// A model as the kernel sees it. Slot 0 is the box around all; the other children of node 0 are not used.
 struct CProximityTree

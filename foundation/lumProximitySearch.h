@@ -10,7 +10,7 @@ constexpr float PROXIMITY_SMALLEST = 1e-37f;
 constexpr double PROXIMITY_FAR = 1e300;
 
 /// What is taken off a distance of two boxes, in parts of the size of the pair: see docs/proximity.md.
-constexpr double PROXIMITY_BOX_SLACK = 0x1p-19;
+constexpr double PROXIMITY_BOX_SLACK = 0x1p-17;
 constexpr double PROXIMITY_BOX_SHARE = 1.0 + 0x1p-18;
 /// Two triangles are apart for certain if a plane keeps them apart by so much, in parts of the size of the pair.
 constexpr double PROXIMITY_SURE_GAP = 1e-13;
@@ -320,21 +320,14 @@ public:
       placePacket(m_query.hintB >> 2);
       measureRow(m_query.hintA >> 2, m_query.hintA & 3u, m_query.hintB >> 2, TDoubles(-PROXIMITY_FAR));
     }
-    CProximityTask task = {-PROXIMITY_LARGEST, 0}, next = task;
+    CProximityTask task = {-PROXIMITY_LARGEST, 0};
     put(task);
     while (m_best > m_query.stop && pop(task))
     {
       if (isLeafPair(task))
         measureLeaves(task);
-      else if (!pop(next))
-        split(task);
-      else if (!isLeafPair(next))
-        splitTwo(task, next);
       else
-      {
-        put(next);
         split(task);
-      }
     }
     o_answer.best = m_best < PROXIMITY_FAR ? m_best : __builtin_inf();
     o_answer.lower = IS_CONTACT ? 0.0 : lowerBound(m_best > m_query.stop ? PROXIMITY_LARGEST : task.key);
@@ -442,15 +435,6 @@ private:
   {
     const CSplit choice = chooseSplit(i_task);
     push(i_task, choice, keysOf(i_task, choice));
-  }
-
-  /// Two at a time, because the second does not have to wait for the first.
-  void splitTwo(const CProximityTask& i_first, const CProximityTask& i_second)
-  {
-    const CSplit first = chooseSplit(i_first), second = chooseSplit(i_second);
-    const TFloats firstKeys = keysOf(i_first, first), secondKeys = keysOf(i_second, second);
-    push(i_second, second, secondKeys);
-    push(i_first, first, firstKeys);
   }
 
   /// Puts what is near enough of a split task on the stack, the nearest on top.
