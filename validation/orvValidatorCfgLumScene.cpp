@@ -89,7 +89,8 @@ struct CorvValidatorCfgLumScene::CInnerScene
   };
 
   ClumCollisionToolkitShPtr toolkit;
-  ClumSceneWkPtr scene;
+  const CorvDevice* device = nullptr; ///< whose bodies these are; for comparison only
+  ClumSceneWkPtr scene;               ///< the device's own, which it never changes, or the one that was set
   unsigned int deviceVersion = 0;
   unsigned int bodiesVersion = 0;
   std::uint64_t sceneVersion = 0;
@@ -112,16 +113,6 @@ struct CorvValidatorCfgLumScene::CInnerScene
   unsigned int verdictPair = NO_PAIR;
   std::vector<CorvReportCfgCollisionShPtr> reports;
   std::size_t nextReport = 0;
-
-  bool testsSceneOf(const CorvDevice& i_device, const ClumSceneShPtr& i_scene) const
-  {
-    return toolkit == i_device.collisionToolkit() && isScene(i_scene ? i_scene : i_device.collisionScene());
-  }
-  /// Compares identities, without making a handle.
-  bool isScene(const ClumSceneShPtr& i_scene) const
-  {
-    return !scene.owner_before(i_scene) && !i_scene.owner_before(scene);
-  }
 
   /// True if a verdict was made for the same question in the present state of the bodies.
   bool answers(const CorvReportCfgCollision& i_verdict, const CorvCollisionQuery& i_query, bool i_sharesDistances) const
@@ -684,9 +675,10 @@ CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData
 {
   const std::uint64_t latestStamp = lumLatestStamp();
   const unsigned int bodiesVersion = bodiesVersionSum(*i_device);
-  const bool isSameDevice =
-    m_inner && m_inner->deviceVersion == i_device->version() && m_inner->bodiesVersion == bodiesVersion;
-  if (isSameDevice && m_inner->latestStamp == latestStamp && m_inner->testsSceneOf(*i_device, m_scene))
+  const bool isSameDevice = m_inner && m_inner->device == i_device.get() &&
+                            m_inner->deviceVersion == i_device->version() && m_inner->bodiesVersion == bodiesVersion &&
+                            m_inner->toolkit == i_device->collisionToolkit();
+  if (isSameDevice && m_inner->latestStamp == latestStamp)
     return m_inner.get();
   const ClumSceneShPtr scene = m_scene ? m_scene : i_device->collisionScene();
   if (!scene)
@@ -694,7 +686,7 @@ CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData
     ClumLogManager::addError(__FILE__, __LINE__, "failed to check the config because a body has no scene");
     return nullptr;
   }
-  if (isSameDevice && m_inner->testsSceneOf(*i_device, m_scene) && m_inner->sceneVersion == scene->version() &&
+  if (isSameDevice && m_inner->scene.lock() == scene && m_inner->sceneVersion == scene->version() &&
       m_inner->areStillsInPlace())
   {
     m_inner->latestStamp = latestStamp;
@@ -702,6 +694,7 @@ CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData
   }
 
   std::unique_ptr<CInnerScene> inner(new CInnerScene);
+  inner->device = i_device.get();
   inner->scene = scene;
   inner->deviceVersion = i_device->version();
   inner->bodiesVersion = bodiesVersion;
