@@ -22,10 +22,10 @@ double secondsFor(const std::function<void()>& i_work, unsigned int i_count)
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / i_count;
 }
 
-unsigned int executionsPerRound(const std::function<void()>& i_work, double i_round)
+unsigned int executionsPerRound(const std::function<void()>& i_work)
 {
   unsigned int count = 1;
-  while (secondsFor(i_work, count) * count < i_round && count < (1u << 24))
+  while (secondsFor(i_work, count) * count < 0.02 && count < (1u << 24))
     count *= 2;
   return count;
 }
@@ -37,10 +37,9 @@ double median(std::vector<double> i_values)
 }
 } // namespace
 
-Comparison compare(const std::function<void()>& i_first, const std::function<void()>& i_second, double i_round)
+Comparison compare(const std::function<void()>& i_first, const std::function<void()>& i_second)
 {
-  const unsigned int firstCount = executionsPerRound(i_first, i_round);
-  const unsigned int secondCount = executionsPerRound(i_second, i_round);
+  const unsigned int firstCount = executionsPerRound(i_first), secondCount = executionsPerRound(i_second);
   std::vector<double> first, second;
   for (int round = 0; round < 11; ++round)
   {

@@ -13,8 +13,7 @@ struct Comparison
   double second = 0.0;
   double ratio() const { return first / second; }
 };
-/// @param i_round how long a round takes at least, in seconds.
-Comparison compare(const std::function<void()>& i_first, const std::function<void()>& i_second, double i_round = 0.02);
+Comparison compare(const std::function<void()>& i_first, const std::function<void()>& i_second);
 
 /// One line of the result table: what, the ratio, and what it must be.
 void report(const std::string& i_what, double i_ratio, const std::string& i_target);
