@@ -10,6 +10,7 @@
 #include "foundation/lumNotificator.h"
 #include "foundation/lumScene.h"
 #include "foundation/lumTestParameters.h"
+#include "foundation/lumXMLCoder.h"
 #include "kinematics/orvBody.h"
 #include "kinematics/orvBodyLumScene.h"
 #include "kinematics/orvCSComposite.h"
@@ -37,6 +38,7 @@ namespace
 const char* const DEVICE_SPACE_TYPE = "orvane.core.config-space.composite";
 const char* const DEVICE_WRAPPER_TYPE = "orvane.core.config-space.device-wrapper";
 const char* const TURN_JUMP_NAME = "orvane.next.dp-turn-jump";
+const char* const DEVICE_FILE_KEY = "device";
 const char* const OBSTACLE_COLLECTION = "obstacleGeometries";
 /// The releases that brought coded keys.
 constexpr int INNER_SCENE_VERSION = -500000;
@@ -215,6 +217,38 @@ void CorvDevice::makeUserSets()
     CorvValidatorDPCollision::create(space, CorvValidatorConstShPtr(), defaultValidatorPenetration())));
   LUM_ASSERT_SUCCESS(m_directPathValidators->add(CorvValidatorDPTurnJump::create(space, TURN_JUMP_NAME)));
   LUM_ASSERT_SUCCESS(m_pathValidators->add(CorvValidatorPathDirectPaths::create(space)));
+}
+
+CorvDeviceShPtr CorvDevice::createFromFile(const std::string& i_path)
+{
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  if (coder->parseFile(i_path).failed())
+  {
+    ClumLogManager::addError("Unable to parse file " + i_path);
+    return CorvDeviceShPtr();
+  }
+  const CorvDeviceShPtr device = coder->decode<CorvDevice>(DEVICE_FILE_KEY);
+  if (!device)
+    ClumLogManager::addError("No device found in file " + i_path);
+  return device;
+}
+
+lmStatus CorvDevice::exportToFile(const std::string& i_path, const ClumParameterMapConstShPtr&,
+                                  double* o_progress) const
+{
+  const auto report = [&](double progress)
+  {
+    if (o_progress)
+      *o_progress = progress;
+  };
+  report(0.0);
+  const ClumXMLCoderShPtr coder = ClumXMLCoder::create();
+  coder->encodeObject(this, DEVICE_FILE_KEY);
+  report(0.5);
+  const lmStatus status = coder->writeToFile(i_path);
+  if (status.succeeded())
+    report(1.0);
+  return status;
 }
 
 CorvDeviceShPtr CorvDevice::createCopy(const CorvDeviceConstShPtr& i_objectToCopy)

@@ -59,6 +59,8 @@ public:
   static CorvDeviceShPtr create();
   /// Copies the device with its tree; the geometries are shared with the source.
   static CorvDeviceShPtr createCopy(const CorvDeviceConstShPtr& i_objectToCopy);
+  /// The device that `exportToFile` wrote. @return null, with a log entry, if the file cannot be read or holds none.
+  static CorvDeviceShPtr createFromFile(const std::string& i_path);
   virtual CorvDeviceShPtr clone() const;
   /// Copies the device with its geometries, for a worker of its own.
   CorvDeviceShPtr cloneWithGeometries() const;
@@ -226,6 +228,12 @@ public:
   virtual lmStatus popToleranceModifier();
   virtual lmStatus pushToleranceActivation(bool i_activation);
   virtual lmStatus popToleranceActivation();
+
+  /// Writes the device under the key "device", whole or not at all.
+  /// @param i_params no option is known so far.
+  /// @param o_progress null, or takes how much of it is done, from 0 to 1.
+  virtual lmStatus exportToFile(const std::string& i_path, const ClumParameterMapConstShPtr& i_params = nullptr,
+                                double* o_progress = nullptr) const;
 
   static double defaultValidatorPenetration();
 

@@ -6,8 +6,10 @@
 #include "support/devices.h"
 #include "support/logCapture.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
+#include <unistd.h>
 
 namespace
 {
@@ -142,6 +144,32 @@ TEST(HostileFile, DeviceThatDoesNotFitTogetherIsRefused)
   };
   for (const HostileCase& each : cases)
     expectRefusal(each);
+}
+
+TEST(CorvDevice, IsExportedToAFileAndCreatedFromIt)
+{
+  const std::filesystem::path folder =
+    std::filesystem::temp_directory_path() / ("orvane-device-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(folder);
+  const std::string path = (folder / "arm.xml").string();
+  const CorvDeviceShPtr arm = sixAxisArm();
+  double progress = -1.0;
+  EXPECT_TRUE(arm->exportToFile(path, ClumParameterMapConstShPtr(), &progress).succeeded());
+  EXPECT_EQ(progress, 1.0);
+  const CorvDeviceShPtr read = CorvDevice::createFromFile(path);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(textOfDevice(read), textOfDevice(arm));
+
+  const LogCapture log;
+  EXPECT_FALSE(CorvDevice::createFromFile(path + ".absent"));
+  EXPECT_TRUE(log.contains("Unable to parse file " + path + ".absent"));
+  const ClumXMLCoderShPtr other = ClumXMLCoder::create();
+  other->encodeObjectShPtr(ClumBox::create(1.0, 1.0, 1.0), "box");
+  ASSERT_TRUE(other->writeToFile(path).succeeded());
+  EXPECT_FALSE(CorvDevice::createFromFile(path));
+  EXPECT_TRUE(log.contains("No device found in file " + path));
+  EXPECT_TRUE(arm->exportToFile((folder / "absent" / "arm.xml").string()).failed());
+  std::filesystem::remove_all(folder);
 }
 
 TEST(HostileFile, DeviceOfAnOldReleaseDoesWithoutTheKeysOfNewOnes)
