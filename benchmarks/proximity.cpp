@@ -479,9 +479,8 @@ void measureBuilding()
     {
       ClumSweptTriangles shape;
       body.mesh->getSweptTriangles(shape);
-      const double ratio =
-        compare([&] { keep(CProximityModel::create(shape)); }, [&] { keep(fclModel<fcl::RSSd>(*body.mesh)); }, ROUND)
-          .ratio();
+      const double ratio = quickestRatio([&] { keep(CProximityModel::create(shape)); },
+                                         [&] { keep(fclModel<fcl::RSSd>(*body.mesh)); });
       const auto& model = static_cast<const CProximityModel&>(*body.model);
       const std::string name = body.name + " of " + std::to_string(shape.triangles.size());
       report("building, time of the kernel / of FCL's tree for distances, " + name, ratio, "at most 1");
