@@ -318,11 +318,17 @@ double ClumBroadPhase::lowerBound(unsigned int i_pair) const
 
 void ClumBroadPhase::begin(unsigned int i_countBodies)
 {
-  m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED});
+  m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED, FAR});
   m_entries.clear();
   m_runs.clear();
   m_nearest.clear();
   m_runBegin = 0;
+}
+
+void ClumBroadPhase::limit(unsigned int i_body, double i_limit)
+{
+  m_bodies[i_body].limit = i_limit;
+  m_bodies[i_body].reach = floatAbove(i_limit);
 }
 
 /// Makes a run of the entries that came since the last one.
@@ -386,7 +392,7 @@ void ClumBroadPhase::expand(unsigned int i_shape, unsigned int i_node)
     std::memcpy(lowers + half, &lower, sizeof lower);
   }
 
-  const float limit = floatAbove(m_bodies[shape.body].limit);
+  const float limit = m_bodies[shape.body].reach;
   float passed = FAR;
   for (unsigned int child = 0; child < node.count; ++child)
     if (lowers[child] > limit)

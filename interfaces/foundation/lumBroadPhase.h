@@ -55,7 +55,7 @@ public:
   /// @param i_countBodies all bodies start without a limit.
   void begin(unsigned int i_countBodies);
   double limit(unsigned int i_body) const { return m_bodies[i_body].limit; }
-  void limit(unsigned int i_body, double i_limit) { m_bodies[i_body].limit = i_limit; }
+  void limit(unsigned int i_body, double i_limit);
   /// Takes all pairs of a moving shape with what stands still into the walk.
   void follow(unsigned int i_shape);
   void enter(unsigned int i_pair, double i_lower);
@@ -113,6 +113,7 @@ private:
   {
     double limit;
     double unseen;
+    float reach; ///< the limit, rounded up
   };
   /// Branches or pairs that wait and came together: a heap of entries. Of what moves against what stands still, they
   /// are passed over together too.

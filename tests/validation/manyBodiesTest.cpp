@@ -9,6 +9,7 @@
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvDevice.h"
 #include "kinematics/orvUtility.h"
+#include "support/allocations.h"
 #include "support/devices.h"
 #include "support/meshes.h"
 #include "validation/orvReportCfgCollision.h"
@@ -205,7 +206,7 @@ TEST_F(ManyBodies, BothToolkitsAgree)
   EXPECT_GT(countFree, 5u);
 }
 
-TEST_F(ManyBodies, VerdictsAreSharedAndFreedReportsFilledAgain)
+TEST_F(ManyBodies, VerdictsAreSharedFreedReportsFilledAgainAndTestsAllocateNothing)
 {
   CorvConfig first(device), second(device);
   do
@@ -230,4 +231,19 @@ TEST_F(ManyBodies, VerdictsAreSharedAndFreedReportsFilledAgain)
     EXPECT_NE(test(second, exactDistances()), held);
   }
   EXPECT_EQ(held->distance(0), distance);
+
+  // But for the block in which a configuration keeps its reports, a test allocates nothing once it was made before.
+  for (const ClumParameterMapConstShPtr& params :
+       {ClumParameterMapConstShPtr(), ClumParameterMapConstShPtr(exactDistances())})
+  {
+    test(first, params);
+    test(first, params);
+    const std::size_t before = countAllocations();
+    for (int n = 0; n < 20; ++n)
+    {
+      first.unvalidate();
+      device->collisionValidator()->validate(first, params);
+    }
+    EXPECT_LE(countAllocations() - before, 20u);
+  }
 }
