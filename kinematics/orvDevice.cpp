@@ -9,6 +9,7 @@
 #include "foundation/lumMat.h"
 #include "foundation/lumNotificator.h"
 #include "foundation/lumScene.h"
+#include "foundation/lumStamp.h"
 #include "foundation/lumTestParameters.h"
 #include "foundation/lumXMLCoder.h"
 #include "kinematics/orvBody.h"
@@ -88,6 +89,7 @@ struct CorvDevice::CCache
   unsigned int version = 0;
   unsigned int spaceVersion = 0;
   std::uint64_t shapeStamp = 0;
+  std::uint64_t latestStamp = 0; ///< of all, when the shapes were last seen to be the same
   std::vector<CorvJointShPtr> joints;
   std::vector<CorvBodyShPtr> bodies;
   std::vector<CorvDofShPtr> dofs;
@@ -106,6 +108,17 @@ struct CorvDevice::CCache
     for (const ClumGeometryShPtr& geometry : mobileGeometries)
       stamp += geometry->stamp();
     return stamp;
+  }
+  /// As long as no stamp at all was given, none has to be looked at.
+  bool areShapesTheSame()
+  {
+    const std::uint64_t latest = lumLatestStamp();
+    if (latest == latestStamp)
+      return true;
+    if (shapeStamp != currentShapeStamp())
+      return false;
+    latestStamp = latest;
+    return true;
   }
 };
 
@@ -379,7 +392,7 @@ const CorvDevice::CCache& CorvDevice::updateCache() const
   const unsigned int currentVersion = version();
   const unsigned int spaceVersion = m_configSpace->version();
   if (cache.isFilled && cache.version == currentVersion && cache.spaceVersion == spaceVersion &&
-      cache.shapeStamp == cache.currentShapeStamp())
+      cache.areShapesTheSame())
     return cache;
   if (cache.spaceVersion != spaceVersion)
     invalidateCurrentConfig();
@@ -399,6 +412,7 @@ const CorvDevice::CCache& CorvDevice::updateCache() const
   for (const CorvJointShPtr& joint : cache.joints)
     if (joint->attachedBody())
       cache.bodies.push_back(joint->attachedBody());
+  cache.latestStamp = lumLatestStamp();
   cache.shapeStamp = cache.currentShapeStamp();
   cache.table.reset(new CorvDeviceTable(m_rootJoint, *m_configSpace));
   return cache;
@@ -1178,7 +1192,10 @@ void CorvDevice::encodeWithCoder(const ClumCoderShPtr& i_coder) const
   ClumMutableCodable::encodeWithCoder(i_coder);
   // What is brought up to date before it is written is the same in the copy.
   if (m_currentConfig)
+  {
     LUM_ASSERT_SUCCESS(m_currentConfig->convert());
+    m_currentConfig->isValidItself();
+  }
   i_coder->encodeObjectShPtr(m_configSpace, "configSpace");
   i_coder->encodeWeakObjectWkPtr(m_wrapperSpace, "wrapperSpace");
   i_coder->encodeObjectShPtr(m_rootJoint, "rootJoint");
