@@ -436,8 +436,11 @@ lmStatus CorvConfig::convertValues(const CorvConfigSpaceShPtr& i_space, const st
   const unsigned int unchecked = m_spaceVersion & UNCHECKED;
   m_spaceVersion &= ~UNCHECKED;
   const bool hasOldDofs = oldSpace->hasSameDofsAtVersions(m_spaceVersion, oldSpace->version());
-  m_isConverting = true;
   const bool fitsOldSpace = hasOldDofs && oldSpace->size() == m_values.size();
+  // Decoded values of the present version were only to be held against it.
+  if (unchecked != 0 && fitsOldSpace && i_space == oldSpace && !i_map && m_spaceVersion == i_space->version())
+    return lmStatus();
+  m_isConverting = true;
   if (fitsOldSpace)
     selfValidateWhenDue();
   TValues values;
