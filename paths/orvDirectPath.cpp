@@ -217,8 +217,13 @@ double CorvDirectPath::length() const
 double CorvDirectPath::publicToPrivateDistance(double i_distance) const
 {
   const double whole = privateLength();
-  const double inWindow = i_distance > 0.0 ? std::min(i_distance, length()) : 0.0;
-  const double distance = m_reversed ? whole - (m_cutEnd + inWindow) : m_cutStart + inWindow;
+  // The ends of the window are the same places, to the bit, whichever way it is read.
+  const double low = m_cutStart, high = whole - m_cutEnd;
+  if (!(i_distance > 0.0))
+    return std::max(0.0, std::min(m_reversed ? high : low, whole));
+  if (i_distance >= length())
+    return std::max(0.0, std::min(m_reversed ? low : high, whole));
+  const double distance = m_reversed ? whole - (m_cutEnd + i_distance) : m_cutStart + i_distance;
   return std::max(0.0, std::min(distance, whole));
 }
 
