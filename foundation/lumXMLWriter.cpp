@@ -36,7 +36,14 @@ std::size_t xmlCharacterLength(const unsigned char* i_text, std::size_t i_size)
 class CXMLWriter
 {
 public:
-  CXMLWriter(const CCodedGraph& i_graph, std::string& io_text) : m_graph(i_graph), m_text(io_text) {}
+  CXMLWriter(const CCodedGraph& i_graph, std::string& io_text)
+    : m_graph(i_graph), m_text(io_text), m_ids(i_graph.objects.size(), 0)
+  {
+    // What is only known weakly has no number: equal graphs give equal texts, whatever knows them.
+    std::size_t count = 0;
+    for (std::size_t rank = 0; rank < m_ids.size(); ++rank)
+      m_ids[rank] = isWritten(rank) ? count++ : NO_OBJECT;
+  }
 
   void write()
   {
@@ -48,7 +55,7 @@ public:
     number(m_graph.revision);
     m_text += "\">\n";
     for (std::size_t rank = 0; rank < m_graph.objects.size(); ++rank)
-      if (m_graph.objects[rank].state == CCodedObject::WRITTEN)
+      if (isWritten(rank))
         object(rank);
     space(m_graph.root, 1);
     m_text += "</orvane>\n";
@@ -57,11 +64,13 @@ public:
   const std::string& error() const { return m_error; }
 
 private:
+  bool isWritten(std::size_t i_rank) const { return m_graph.objects[i_rank].state == CCodedObject::WRITTEN; }
+
   void object(std::size_t i_rank)
   {
     const CCodedObject& coded = m_graph.objects[i_rank];
     m_text += " <object id=\"";
-    number(i_rank);
+    number(m_ids[i_rank]);
     m_text += "\" class=\"";
     m_text += coded.classObject->name();
     m_text += "\">\n";
@@ -239,12 +248,10 @@ private:
   void element(std::string_view i_key, const CCodedReference& i_value, unsigned int i_level)
   {
     begin(i_value.isWeak ? "weak" : "object", i_key, i_level);
-    const bool isWritten =
-      i_value.object != NO_OBJECT && m_graph.objects[i_value.object].state == CCodedObject::WRITTEN;
-    if (isWritten)
+    if (i_value.object != NO_OBJECT && isWritten(i_value.object))
     {
       m_text += " ref=\"";
-      number(i_value.object);
+      number(m_ids[i_value.object]);
       m_text += '"';
     }
     m_text += "/>\n";
@@ -300,6 +307,7 @@ private:
 
   const CCodedGraph& m_graph;
   std::string& m_text;
+  std::vector<std::size_t> m_ids; ///< by the rank of the object
   std::string m_error;
 };
 
