@@ -338,6 +338,7 @@ TEST(Conformance, StatusCodesStandInTheBlocksOfTheirClasses)
   const std::map<std::string, std::pair<unsigned int, unsigned int>> blocks = {{"CorvPathPlanner", {20100, 20199}},
                                                                                {"CorvDevice", {20400, 20499}},
                                                                                {"CorvJoint", {20500, 20599}},
+                                                                               {"CorvHybridPath", {20750, 20799}},
                                                                                {"CorvPath", {20800, 20849}}};
   const ClumRuntime::TStatusCodeMap& codes = ClumRuntime::instance().statusCodeMap();
   std::set<std::pair<std::string, std::string>> names;

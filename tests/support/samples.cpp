@@ -350,7 +350,7 @@ const std::vector<SampleMaker>& sampleMakers()
     SAMPLE(CorvManifoldUnion, CorvManifoldUnion::create(sampleSpace())),
     SAMPLE(CorvMetricAbsolute, CorvMetricAbsolute::create()),
     SAMPLE(CorvMetricEuclidean, CorvMetricEuclidean::create()),
-    SAMPLE(CorvMetricIK, CorvMetricIK::create(keptSpace()->subspace(0), keptSpace()->subspace(1))),
+    SAMPLE(CorvMetricIK, CorvMetricIK::create(CorvDof::create(false), CorvDof::create(false))),
     SAMPLE(CorvMetricIntrinsinc, CorvMetricIntrinsinc::create()),
     SAMPLE(CorvMetricManhattan, CorvMetricManhattan::create()),
     SAMPLE(CorvMetricRevolute, CorvMetricRevolute::create()),
