@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 /// A sub-space whose metric has to be called, with the two configurations to call it with.
 struct CorvFlatMetric::COther
@@ -184,21 +185,48 @@ bool CorvFlatForm::canMeasureBlocks() const
 bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit,
                                            double* o_squared) const
 {
+  constexpr std::int64_t FEW = 8; // so many are measured to the end one by one
   std::fill_n(o_squared, BLOCK_SIZE, 0.0);
-  for (const CEntry& entry : m_entries)
+  for (std::size_t rank = 0; rank < m_entries.size(); ++rank)
   {
+    const CEntry& entry = m_entries[rank];
     const double* column = i_block + entry.place * BLOCK_SIZE;
     if (entry.kind == CIRCULAR)
       addSquaredCircularColumn(i_point[entry.place], entry.scale, column, o_squared);
     else
       addSquaredColumn(i_point[entry.place], entry.scale, column, o_squared);
-    std::int64_t isAnyWithin = 0;
+    std::int64_t countWithin = 0;
     for (unsigned int i = 0; i < BLOCK_SIZE; ++i)
-      isAnyWithin |= o_squared[i] > i_limit ? 0 : 1;
-    if (isAnyWithin == 0)
+      countWithin += o_squared[i] > i_limit ? 0 : 1;
+    if (countWithin == 0)
       return false;
+    if (countWithin <= FEW && rank + 1 < m_entries.size())
+    {
+      finishSquaredDistances(i_point, i_block, rank + 1, i_limit, o_squared);
+      break;
+    }
   }
   return true;
+}
+
+/// Adds what is left, from an entry on, to the points that are still within the limit; the others become infinite.
+void CorvFlatForm::finishSquaredDistances(const double* i_point, const double* i_block, std::size_t i_first,
+                                          double i_limit, double* io_squared) const
+{
+  for (unsigned int i = 0; i < BLOCK_SIZE; ++i)
+  {
+    if (io_squared[i] > i_limit)
+    {
+      io_squared[i] = std::numeric_limits<double>::infinity();
+      continue;
+    }
+    for (std::size_t rank = i_first; rank < m_entries.size(); ++rank)
+    {
+      const CEntry& entry = m_entries[rank];
+      io_squared[i] += flatSquaredDofDistance(entry.kind == CIRCULAR, entry.scale, i_point[entry.place],
+                                              i_block[entry.place * BLOCK_SIZE + i]);
+    }
+  }
 }
 
 bool CorvFlatForm::isCurrent() const

@@ -16,7 +16,7 @@ bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space, C
 }
 
 /// Nodes from which on the tree is faster than the list.
-const unsigned int s_longestNodeList = 512;
+const unsigned int s_longestNodeList = 1024;
 } // namespace
 
 std::unique_ptr<CorvNodeIndex> CorvNodeIndex::create(const CorvConfigSpaceShPtr& i_space)

@@ -4,6 +4,7 @@
 #include "kinematics/handles.h"
 #include "metrics/handles.h"
 
+#include <cstddef>
 #include <vector>
 
 /// A metric as numbers: configurations become points, and distances need no configuration, space or metric any more.
@@ -26,7 +27,7 @@ public:
   /// many at a time. Only where all numbers are absolute or circular differences with finite factors.
   static constexpr unsigned int BLOCK_SIZE = 64;
   bool canMeasureBlocks() const;
-  /// The bits of `squaredDistance` for each point of a block.
+  /// The bits of `squaredDistance` for each point of a block; infinity may stand for one above the limit.
   /// @return false, the distances being unfinished, as soon as all are seen to be above the limit.
   bool squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit, double* o_squared) const;
   /// False once a joint that gives a factor is gone or gives another one.
@@ -51,6 +52,9 @@ private:
     unsigned int solid; ///< of a SOLID entry
   };
   struct CSolid;
+
+  void finishSquaredDistances(const double* i_point, const double* i_block, std::size_t i_first, double i_limit,
+                              double* io_squared) const;
 
   std::vector<CEntry> m_entries;
   std::vector<CSolid> m_solids;

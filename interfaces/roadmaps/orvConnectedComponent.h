@@ -24,7 +24,7 @@ class CorvNodeIndex;
 /// merge replaces it or the roadmap removes it, after which its `roadmap()` is null.
 ///
 /// Nearest nodes are found by a linear scan of up to nine nodes and through an index from ten on: a cover tree, which up
-/// to 512 nodes is a list of packed points where the metric allows it. The index is built on the metric that the space
+/// to 1,024 nodes is a list of packed points where the metric allows it. The index is built on the metric that the space
 /// has at that time; if the space gets another metric or another version, it is dropped, and the next `addNode` builds a
 /// new one. It is not used for a metric that gives infinite or undefined distances,
 /// nor for spaces with an oriented steering method. Scan and tree give the same node to the last bit: among nodes at

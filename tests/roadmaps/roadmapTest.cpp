@@ -479,7 +479,7 @@ TEST_F(Roadmap, ShortDeadEndHangsOnACrossingWithLongerBranches)
 
 TEST_F(Roadmap, BranchOfAnyLengthIsMeasured)
 {
-  const unsigned int count = 200000;
+  const unsigned int count = 100000;
   std::vector<CorvNodeShPtr> nodes;
   std::vector<CorvEdgeShPtr> edges;
   const CorvConfig place = newNode(0.0, 0.0)->config();
