@@ -326,8 +326,9 @@ TEST(DPCollisionScale, AProofCostsTheSameInEveryUnit)
       const CorvDeviceShPtr device = freeFlyer(ClumSphere::create(unit));
       ASSERT_TRUE(device->addObstacleGeometry(ClumSphere::create(unit)).succeeded());
       const CorvConfigSpaceShPtr space = device->configSpace();
+      // Collisions alone are judged: the flyer's bounds do not grow with the unit.
       const CorvValidatorDPCollisionShPtr validator =
-        CorvValidatorDPCollision::create(space, CorvValidatorConstShPtr(), relativePenetration * unit);
+        CorvValidatorDPCollision::create(space, device->collisionValidator(), relativePenetration * unit);
       validator->zeroPenetrationSag(1e-4 * unit);
       const auto at = [&](double i_x) { return CorvConfig(space, {i_x * unit, 2.05 * unit, 0.0, 0.0, 0.0, 0.0}); };
       const CorvDirectPathShPtr grazing = space->steeringMethod()->makeDirectPath(at(-9.0), at(7.0));
