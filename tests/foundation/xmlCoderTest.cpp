@@ -183,12 +183,14 @@ TEST(ClumXMLCoder, KeepsEveryKindOfValue)
   coder->encodeStringVector({"a", "", " "}, "strings");
   const std::vector<ClumValue> values{ClumValue(), ClumValue(2), ClumValue(3u), ClumValue("v"), ClumValue(0.1)};
   coder->encodeValueVector(values, "values");
+  coder->encodePointer(nullptr, "pointer");
+  coder->encodeSharedPointer(ShPtr<void>(), "shared");
   {
     const LogCapture log;
-    coder->encodePointer(&target, "pointer");
-    EXPECT_TRUE(log.contains("'pointer'"));
-    EXPECT_EQ(coder->writeToFile("unused"), ClumXMLCoder::UNCODABLE_OBJECT_ERROR) << "a file keeps no pointer";
-    coder->encodeSharedPointer(ShPtr<void>(), "shared");
+    const ClumXMLCoderShPtr other = ClumXMLCoder::create();
+    other->encodePointer(&target, "target");
+    EXPECT_TRUE(log.contains("'target'"));
+    EXPECT_EQ(other->writeToFile("unused"), ClumXMLCoder::UNCODABLE_OBJECT_ERROR) << "a file keeps no pointer";
     EXPECT_EQ(log.count(), 2u);
   }
 
