@@ -201,6 +201,32 @@ TEST(CorvConfigConversion, DecodedValuesAreHeldAgainstTheirSpace)
   EXPECT_EQ(copy.dofValues(), (Values{1, 3}));
 }
 
+TEST(CorvConfigConversion, WritingWhatWasReadChangesNothing)
+{
+  const CorvCSCompositeShPtr space = compositeOfSize(2);
+  const CorvConfig original(space, Values{1, 2});
+  const auto written = [&](const CorvConfig& i_config)
+  {
+    const ClumMemoryCoderShPtr coder = ClumMemoryCoder::create();
+    i_config.encodeValueWithCoder(*coder, "c");
+    return coder;
+  };
+  // Validated, with a validation that is out of date after a conversion, and validated again.
+  EXPECT_TRUE(original.isValid());
+  for (const bool grows : {false, true, false})
+  {
+    if (grows)
+      ASSERT_TRUE(space->appendSubspace(CorvDof::create(false)).succeeded());
+    const ClumMemoryCoderShPtr first = written(original);
+    const CorvConfig read(*first, "c");
+    const CorvConfig copy(read);
+    EXPECT_TRUE(written(read)->hasEqualContent(*written(original)));
+    EXPECT_TRUE(written(copy)->hasEqualContent(*written(original)));
+    EXPECT_EQ(read, original);
+    EXPECT_TRUE(read.isValid() && original.isValid());
+  }
+}
+
 TEST(CorvConfigConversion, FailureStaysVisibleAsAReport)
 {
   const CorvCSCompositeShPtr space = compositeOfSize(2);
