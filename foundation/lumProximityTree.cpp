@@ -12,8 +12,9 @@ namespace
 constexpr unsigned int TREE_LEAF = 4;        ///< triangles
 constexpr unsigned int TREE_BINS = 12;       ///< into which the triangles are sorted to find a cut
 constexpr unsigned int TREE_FREE_DEPTH = 36; ///< of cuts: deeper down, every cut halves
-constexpr unsigned int TREE_FEW = 64;        ///< up to that many triangles, more frames are tried
-constexpr double TREE_LEAF_CUT = 0.7;        ///< a leaf is cut if that lessens its surface so much
+constexpr unsigned int TREE_SAMPLES = 256;   ///< triangles that are looked at to choose a frame
+constexpr double TREE_LEAF_CUT = 0.85;       ///< a leaf is cut if that lessens its cost so much
+constexpr double TREE_THICKNESS = 4.0;       ///< what thickness adds to the cost of a leaf
 constexpr double TREE_OUTWARD = 1.0 + 0x1p-22;
 constexpr double TREE_INFINITY = std::numeric_limits<double>::infinity();
 
@@ -40,6 +41,13 @@ struct CTreeRange
   {
     const double x = high[0] - low[0], y = high[1] - low[1], z = high[2] - low[2];
     return x >= 0.0 ? x * y + y * z + z * x : 0.0;
+  }
+  /// What the box of a leaf costs: the more the thicker it is, since then much that lies in it is far from its
+  /// triangles.
+  double leafCost() const
+  {
+    const double x = high[0] - low[0], y = high[1] - low[1], z = high[2] - low[2];
+    return surface() + (x >= 0.0 ? TREE_THICKNESS * std::min({x, y, z}) * std::max({x, y, z}) : 0.0);
   }
 };
 
@@ -163,16 +171,15 @@ private:
     spread(io_part, matrix);
     std::vector<CTreeAxes>& frames = m_frames;
     frames.assign(1, mainAxes(matrix));
-    if (io_part.count <= TREE_FEW)
-    {
-      frames.push_back({{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
-      addTriangleFrames(io_part, frames);
-    }
+    frames.push_back({{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
+    addTriangleFrames(io_part, frames);
+    // Of many triangles, some will do to tell the frames apart.
+    const std::uint32_t step = 1 + io_part.count / TREE_SAMPLES;
     io_part.surface = TREE_INFINITY;
     for (const CTreeAxes& frame : frames)
     {
       CTreeRange range;
-      for (std::uint32_t i = io_part.first; i < io_part.first + io_part.count; ++i)
+      for (std::uint32_t i = io_part.first; i < io_part.first + io_part.count; i += step)
         range.add(rangeIn(frame, triangle(i)));
       // What is a little better only for rounding is not better.
       if (range.surface() < io_part.surface * (1.0 - 1e-6))
@@ -222,7 +229,7 @@ private:
     for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
     {
       const ClumVect3* t = triangle(i);
-      const double found = ((t[1] - t[0]) * (t[2] - t[0])).norm();
+      const double found = ((t[1] - t[0]) * (t[2] - t[0])).squaredNorm();
       if (found > area)
       {
         area = found;
@@ -253,10 +260,12 @@ private:
   std::uint32_t findCut(const CTreePart& i_part, unsigned int i_depth)
   {
     const std::uint32_t first = i_part.first, end = first + i_part.count;
+    CTreeRange whole;
     double low[3] = {TREE_INFINITY, TREE_INFINITY, TREE_INFINITY}, high[3] = {-low[0], -low[1], -low[2]};
     for (std::uint32_t i = first; i < end; ++i)
     {
       const CTreeRange range = m_ranges[m_order[i]] = rangeIn(i_part.frame, triangle(i));
+      whole.add(range);
       for (unsigned int k = 0; k < 3; ++k)
       {
         low[k] = std::min(low[k], range.low[k] + range.high[k]);
@@ -270,7 +279,7 @@ private:
           tryAxis(first, end, k, low[k], high[k], best);
     if (i_part.count <= TREE_LEAF)
     {
-      if (!(best.cost < TREE_LEAF_CUT * i_part.surface))
+      if (!(best.cost < TREE_LEAF_CUT * whole.leafCost()))
         return 0;
     }
     else if (!(best.cost < TREE_INFINITY))
@@ -319,7 +328,7 @@ private:
     {
       sum.add(ranges[bin]);
       count += counts[bin];
-      costs[bin - 1] = count > 0 ? sum.surface() * packets(count) : TREE_INFINITY;
+      costs[bin - 1] = count > 0 ? partCost(sum, count) : TREE_INFINITY;
     }
     sum = CTreeRange();
     count = 0;
@@ -327,13 +336,16 @@ private:
     {
       sum.add(ranges[bin]);
       count += counts[bin];
-      const double cost = count > 0 ? sum.surface() * packets(count) + costs[bin] : TREE_INFINITY;
+      const double cost = count > 0 ? partCost(sum, count) + costs[bin] : TREE_INFINITY;
       if (cost < io_best.cost)
         io_best = {cost, i_axis, bin, i_low, scale};
     }
   }
 
-  static double packets(std::uint32_t i_count) { return (i_count + TREE_LEAF - 1) / TREE_LEAF; }
+  static double partCost(const CTreeRange& i_range, std::uint32_t i_count)
+  {
+    return i_count < TREE_LEAF ? i_range.leafCost() : i_range.surface() * ((i_count + TREE_LEAF - 1) / TREE_LEAF);
+  }
 
   std::uint32_t halve(std::uint32_t i_first, std::uint32_t i_end, unsigned int i_axis)
   {
