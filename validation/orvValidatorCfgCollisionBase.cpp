@@ -300,7 +300,7 @@ bool CorvValidatorCfgCollisionBase::absorbTolerances(const CorvConfig& i_cfg, co
     bool isActive = false;
     corrected->changeToleranceModifier(i, std::max(modifierOf(i, isActive), i_report.toleranceModifier(i)));
   }
-  i_cfg.setReport(name(), corrected);
+  i_cfg.setKeyedReport(nameKey(), corrected, i_cfg.configSpace());
   return true;
 }
 

@@ -628,7 +628,7 @@ CorvDirectPathShPtr CorvValidatorDPCollision::extractValidPart(const CorvDirectP
                                                                double i_margin) const
 {
   const CorvReportDPCollisionConstShPtr report =
-    i_dp ? boost::dynamic_pointer_cast<const CorvReportDPCollision>(i_dp->report(name()))
+    i_dp ? boost::dynamic_pointer_cast<const CorvReportDPCollision>(i_dp->keyedReport(nameKey()))
          : CorvReportDPCollisionConstShPtr();
   if (!report)
     return CorvDirectPathShPtr();
@@ -653,7 +653,7 @@ CorvDirectPathShPtr CorvValidatorDPCollision::extractValidPart(const CorvDirectP
   fresh->stamps(stamps);
   fresh->length(part->length());
   fresh->isValid(true);
-  part->setReport(name(), fresh);
+  part->setKeyedReport(nameKey(), fresh, part->configSpace());
   return part;
 }
 
