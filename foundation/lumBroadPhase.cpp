@@ -57,6 +57,19 @@ TLanes rootsOf(TLanes i_squares)
 #endif
 }
 
+/// A bit for each lane that is not above the limit.
+unsigned int lanesWithin(TLanes i_lanes, float i_limit)
+{
+#ifdef __SSE2__
+  return static_cast<unsigned int>(_mm_movemask_ps(_mm_cmple_ps(i_lanes, lanesOf(i_limit))));
+#else
+  unsigned int bits = 0;
+  for (unsigned int i = 0; i < 4; ++i)
+    bits |= i_lanes[i] <= i_limit ? 1u << i : 0u;
+  return bits;
+#endif
+}
+
 /// The next float that is not above, and not below.
 float floatBelow(double i_value)
 {
@@ -368,8 +381,11 @@ void ClumBroadPhase::expand(unsigned int i_shape, unsigned int i_node)
 {
   const CNode& node = m_nodes[i_node];
   const CShape& shape = m_shapes[i_shape];
-  const TLanes none = lanesOf(0.0f);
+  const float limit = m_bodies[shape.body].reach;
+  const TLanes none = lanesOf(0.0f), limits = lanesOf(limit), far = lanesOf(FAR);
+  TLanes passed = far;
   float lowers[FANOUT];
+  unsigned int within = 0;
   for (unsigned int half = 0; half < FANOUT; half += 4)
   {
     TLanes gaps = none, steps = none;
@@ -389,21 +405,24 @@ void ClumBroadPhase::expand(unsigned int i_shape, unsigned int i_node)
       const TLanes ball = rootsOf(steps) * lanesOf(GAP_ROUNDING) - reach * lanesOf(2.0f - GAP_ROUNDING);
       lower = lower > none ? largerLanes(ball, lower) : ball;
     }
+    const TLanes beyond = lower > limits ? lower : far;
+    passed = beyond < passed ? beyond : passed;
+    within |= lanesWithin(lower, limit) << half;
     std::memcpy(lowers + half, &lower, sizeof lower);
   }
-
-  const float limit = m_bodies[shape.body].reach;
-  float passed = FAR;
-  for (unsigned int child = 0; child < node.count; ++child)
-    if (lowers[child] > limit)
-      passed = std::min(passed, lowers[child]);
-    else if (node.isBottom)
+  // Places without a child are infinitely far: they are within only where there is no limit.
+  passOver(shape.body, std::min(std::min(passed[0], passed[1]), std::min(passed[2], passed[3])));
+  within &= (1u << node.count) - 1u;
+  for (; within != 0; within &= within - 1)
+  {
+    const unsigned int child = static_cast<unsigned int>(__builtin_ctz(within));
+    if (node.isBottom)
       m_entries.push_back(entryOf(lowers[child], node.children[child] | ITEM));
     else if (lowers[child] > 0.0f && limit == FAR)
       m_entries.push_back(entryOf(lowers[child], node.children[child]));
     else
       expand(i_shape, node.children[child]);
-  passOver(shape.body, passed);
+  }
 }
 
 unsigned int ClumBroadPhase::pairOf(unsigned int i_shape, unsigned int i_item) const
