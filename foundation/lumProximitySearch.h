@@ -12,6 +12,8 @@ constexpr double PROXIMITY_FAR = 1e300;
 /// What is taken off a distance of two boxes, in parts of the size of the pair: see docs/proximity.md.
 constexpr double PROXIMITY_BOX_SLACK = 0x1p-17;
 constexpr double PROXIMITY_BOX_SHARE = 1.0 + 0x1p-18;
+/// Triangles that are larger than a box by so much are compared with it themselves.
+constexpr float PROXIMITY_LARGE_FACE = 2.0f;
 /// Two triangles are apart for certain if a plane keeps them apart by so much, in parts of the size of the pair.
 constexpr double PROXIMITY_SURE_GAP = 1e-13;
 constexpr double PROXIMITY_SURE_SLAB = 1e-14;
@@ -182,6 +184,106 @@ LUM_PROXIMITY_INLINE TFloats distanceKeys(const CProximityNode& i_node, const CP
 LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
 {
   return CBoxGaps(i_node, i_box).largest();
+}
+
+/// The triangles of a leaf in the frame of the other model: the directions in which each ends, with the place where it
+/// does. A triangle that is too thin to have a normal ends nowhere.
+struct CPlacedFaces
+{
+  struct CFace
+  {
+    float directions[4][3]; ///< the normal, then outward across each edge, in the triangle's plane
+    float offsets[4];
+  };
+
+  std::uint32_t leaf = PROXIMITY_NONE;
+  bool isOfA = false;
+  unsigned int count = 0;
+  CFace faces[4];
+
+  void place(const CProximityTree& i_tree, std::uint32_t i_leaf, bool i_isOfA, const CProximityMove& i_move)
+  {
+    leaf = i_leaf;
+    isOfA = i_isOfA;
+    count = ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
+    const unsigned int first = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u;
+    for (unsigned int i = 0; i < count; ++i)
+      placeFace(i_tree.packets[i_leaf & PROXIMITY_PACKET_MASK], first + i, i_move, faces[i]);
+  }
+
+private:
+  static void placeFace(const CProximityPacket& i_packet, unsigned int i_lane, const CProximityMove& i_move,
+                        CFace& o_face)
+  {
+    double corners[3][3], directions[4][3];
+    for (int k = 0; k < 3; ++k)
+    {
+      directions[0][k] = i_packet.normal[k][i_lane];
+      for (int c = 0; c < 3; ++c)
+        corners[c][k] = i_packet.corners[c][k][i_lane];
+    }
+    for (int c = 0; c < 3; ++c)
+      setOutward(corners[c], corners[(c + 1) % 3], directions[0], directions[c + 1]);
+    for (int d = 0; d < 4; ++d)
+    {
+      const double* const direction = directions[d];
+      const double* const corner = corners[d == 0 ? 0 : d - 1];
+      double offset = (direction[0] * corner[0] + direction[1] * corner[1]) + direction[2] * corner[2];
+      for (int r = 0; r < 3; ++r)
+      {
+        const double* const row = i_move.rotation + 3 * r;
+        const double turned = (row[0] * direction[0] + row[1] * direction[1]) + row[2] * direction[2];
+        o_face.directions[d][r] = static_cast<float>(turned);
+        offset += turned * i_move.translation[r];
+      }
+      o_face.offsets[d] = static_cast<float>(offset);
+    }
+  }
+
+  static void setOutward(const double i_from[3], const double i_to[3], const double i_normal[3], double o_outward[3])
+  {
+    const double e[3] = {i_to[0] - i_from[0], i_to[1] - i_from[1], i_to[2] - i_from[2]};
+    const double length = __builtin_sqrt((e[0] * e[0] + e[1] * e[1]) + e[2] * e[2]);
+    const double scale = length > 0.0 ? 1.0 / length : 0.0;
+    for (int k = 0; k < 3; ++k)
+    {
+      const int l = (k + 1) % 3, m = (k + 2) % 3;
+      o_outward[k] = (e[l] * i_normal[m] - e[m] * i_normal[l]) * scale;
+    }
+  }
+};
+
+/// Compares the triangles of a leaf with the eight boxes of a node. A key is the square of a lower bound of the distance
+/// from the nearest of them, before the slack: a box is as far off as it lies above the plane and beyond an edge. Where
+/// the question is only whether there is a contact, it is the larger of the two gaps.
+template <bool IS_CONTACT>
+LUM_PROXIMITY_INLINE TFloats faceKeys(const CProximityNode& i_node, const CPlacedFaces& i_faces)
+{
+  const TFloats zero(0.0f);
+  TFloats nearest(PROXIMITY_LARGEST);
+  for (unsigned int i = 0; i < i_faces.count; ++i)
+  {
+    TFloats gaps[4] = {zero, zero, zero, zero};
+    for (int d = 0; d < 4; ++d)
+    {
+      const float* const v = i_faces.faces[i].directions[d];
+      const TFloats x(v[0]), y(v[1]), z(v[2]);
+      TFloats reach = zero;
+      for (int j = 0; j < 3; ++j)
+      {
+        const TFloats cosine = magnitude((TFloats(i_node.axes[j][0]) * x + TFloats(i_node.axes[j][1]) * y) +
+                                         TFloats(i_node.axes[j][2]) * z);
+        reach = reach + cosine * TFloats(i_node.half[j]);
+      }
+      const TFloats along =
+        ((TFloats(i_node.center[0]) * x + TFloats(i_node.center[1]) * y) + TFloats(i_node.center[2]) * z) -
+        TFloats(i_faces.faces[i].offsets[d]);
+      gaps[d] = (d == 0 ? magnitude(along) : along) - reach;
+    }
+    const TFloats above = larger(gaps[0], zero), beyond = larger(larger(gaps[1], gaps[2]), larger(gaps[3], zero));
+    nearest = smaller(nearest, IS_CONTACT ? larger(above, beyond) : above * above + beyond * beyond);
+  }
+  return nearest;
 }
 
 /// A packet of b in the frame of a.
@@ -420,7 +522,7 @@ private:
     return {isOfA, isOfA ? a : b};
   }
 
-  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split) const
+  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split)
   {
     CPlacedBox box;
     if (i_split.isOfA)
@@ -428,7 +530,25 @@ private:
     else
       m_toB.place(m_query.a, i_task.a(), box);
     const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
-    return IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
+    const TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
+    if (!placeLargeFaces(i_task, i_split))
+      return keys;
+    const TFloats ofFaces = faceKeys<IS_CONTACT>(node, m_faces);
+    return pick(ofFaces, TFloats(0.0f), larger(keys, ofFaces), keys);
+  }
+
+  /// A box around large triangles says little of where they are. @return false where the boxes will do.
+  bool placeLargeFaces(const CProximityTask& i_task, const CSplit& i_split)
+  {
+    const CProximityTree& tree = i_split.isOfA ? m_query.b : m_query.a;
+    const std::uint32_t slot = i_split.isOfA ? i_task.b() : i_task.a();
+    const std::uint32_t leaf = child(tree, slot);
+    const float splitSize = i_split.isOfA ? size(m_query.a, i_task.a()) : size(m_query.b, i_task.b());
+    if (!(leaf & PROXIMITY_LEAF) || size(tree, slot) < PROXIMITY_LARGE_FACE * splitSize)
+      return false;
+    if (m_faces.leaf != leaf || m_faces.isOfA == i_split.isOfA)
+      m_faces.place(tree, leaf, !i_split.isOfA, i_split.isOfA ? m_toA : m_toB);
+    return true;
   }
 
   void split(const CProximityTask& i_task)
@@ -691,6 +811,7 @@ private:
   std::uint32_t m_placeA = PROXIMITY_NONE;
   std::uint32_t m_placeB = PROXIMITY_NONE;
   CPlacedPacket m_placed;
+  CPlacedFaces m_faces;
   unsigned int m_countTasks = 0;
   unsigned int m_trials = 0;          ///< rows of which a contact was looked for first
   float m_keys[PROXIMITY_STACK_SIZE]; ///< of the tasks that wait
