@@ -12,13 +12,14 @@ constexpr double PROXIMITY_FAR = 1e300;
 /// What is taken off a distance of two boxes, in parts of the size of the pair: see docs/proximity.md.
 constexpr double PROXIMITY_BOX_SLACK = 0x1p-17;
 constexpr double PROXIMITY_BOX_SHARE = 1.0 + 0x1p-18;
-/// Triangles that are larger than a box by so much are compared with it themselves.
-constexpr float PROXIMITY_LARGE_FACE = 2.0f;
 /// Two triangles are apart for certain if a plane keeps them apart by so much, in parts of the size of the pair.
 constexpr double PROXIMITY_SURE_GAP = 1e-13;
 constexpr double PROXIMITY_SURE_SLAB = 1e-14;
 /// Edges of which the square of the sine is less are nearly parallel.
 constexpr double PROXIMITY_PARALLEL = 1e-8;
+
+/// A leaf is large beside a box if it is so many times as long.
+constexpr float PROXIMITY_LARGE_LEAF = 4.0f;
 
 /// Where shapes collide, one of the first pairs of triangles that are measured mostly does: so many rows are looked at
 /// for that before anything else.
@@ -89,6 +90,13 @@ struct CProximityMove
       turn[k] = static_cast<float>(rotation[k]);
     for (int k = 0; k < 3; ++k)
       shift[k] = static_cast<float>(translation[k]);
+  }
+
+  void move(double io_point[3]) const
+  {
+    const double x = io_point[0], y = io_point[1], z = io_point[2];
+    for (int r = 0; r < 3; ++r)
+      io_point[r] = ((rotation[3 * r] * x + rotation[3 * r + 1] * y) + rotation[3 * r + 2] * z) + translation[r];
   }
 
   LUM_PROXIMITY_INLINE void place(const CProximityTree& i_tree, std::uint32_t i_slot, CPlacedBox& o_box) const
@@ -186,106 +194,6 @@ LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPl
   return CBoxGaps(i_node, i_box).largest();
 }
 
-/// The triangles of a leaf in the frame of the other model: the directions in which each ends, with the place where it
-/// does. A triangle that is too thin to have a normal ends nowhere.
-struct CPlacedFaces
-{
-  struct CFace
-  {
-    float directions[4][3]; ///< the normal, then outward across each edge, in the triangle's plane
-    float offsets[4];
-  };
-
-  std::uint32_t leaf = PROXIMITY_NONE;
-  bool isOfA = false;
-  unsigned int count = 0;
-  CFace faces[4];
-
-  void place(const CProximityTree& i_tree, std::uint32_t i_leaf, bool i_isOfA, const CProximityMove& i_move)
-  {
-    leaf = i_leaf;
-    isOfA = i_isOfA;
-    count = ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
-    const unsigned int first = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u;
-    for (unsigned int i = 0; i < count; ++i)
-      placeFace(i_tree.packets[i_leaf & PROXIMITY_PACKET_MASK], first + i, i_move, faces[i]);
-  }
-
-private:
-  static void placeFace(const CProximityPacket& i_packet, unsigned int i_lane, const CProximityMove& i_move,
-                        CFace& o_face)
-  {
-    double corners[3][3], directions[4][3];
-    for (int k = 0; k < 3; ++k)
-    {
-      directions[0][k] = i_packet.normal[k][i_lane];
-      for (int c = 0; c < 3; ++c)
-        corners[c][k] = i_packet.corners[c][k][i_lane];
-    }
-    for (int c = 0; c < 3; ++c)
-      setOutward(corners[c], corners[(c + 1) % 3], directions[0], directions[c + 1]);
-    for (int d = 0; d < 4; ++d)
-    {
-      const double* const direction = directions[d];
-      const double* const corner = corners[d == 0 ? 0 : d - 1];
-      double offset = (direction[0] * corner[0] + direction[1] * corner[1]) + direction[2] * corner[2];
-      for (int r = 0; r < 3; ++r)
-      {
-        const double* const row = i_move.rotation + 3 * r;
-        const double turned = (row[0] * direction[0] + row[1] * direction[1]) + row[2] * direction[2];
-        o_face.directions[d][r] = static_cast<float>(turned);
-        offset += turned * i_move.translation[r];
-      }
-      o_face.offsets[d] = static_cast<float>(offset);
-    }
-  }
-
-  static void setOutward(const double i_from[3], const double i_to[3], const double i_normal[3], double o_outward[3])
-  {
-    const double e[3] = {i_to[0] - i_from[0], i_to[1] - i_from[1], i_to[2] - i_from[2]};
-    const double length = __builtin_sqrt((e[0] * e[0] + e[1] * e[1]) + e[2] * e[2]);
-    const double scale = length > 0.0 ? 1.0 / length : 0.0;
-    for (int k = 0; k < 3; ++k)
-    {
-      const int l = (k + 1) % 3, m = (k + 2) % 3;
-      o_outward[k] = (e[l] * i_normal[m] - e[m] * i_normal[l]) * scale;
-    }
-  }
-};
-
-/// Compares the triangles of a leaf with the eight boxes of a node. A key is the square of a lower bound of the distance
-/// from the nearest of them, before the slack: a box is as far off as it lies above the plane and beyond an edge. Where
-/// the question is only whether there is a contact, it is the larger of the two gaps.
-template <bool IS_CONTACT>
-LUM_PROXIMITY_INLINE TFloats faceKeys(const CProximityNode& i_node, const CPlacedFaces& i_faces)
-{
-  const TFloats zero(0.0f);
-  TFloats nearest(PROXIMITY_LARGEST);
-  for (unsigned int i = 0; i < i_faces.count; ++i)
-  {
-    TFloats gaps[4] = {zero, zero, zero, zero};
-    for (int d = 0; d < 4; ++d)
-    {
-      const float* const v = i_faces.faces[i].directions[d];
-      const TFloats x(v[0]), y(v[1]), z(v[2]);
-      TFloats reach = zero;
-      for (int j = 0; j < 3; ++j)
-      {
-        const TFloats cosine = magnitude((TFloats(i_node.axes[j][0]) * x + TFloats(i_node.axes[j][1]) * y) +
-                                         TFloats(i_node.axes[j][2]) * z);
-        reach = reach + cosine * TFloats(i_node.half[j]);
-      }
-      const TFloats along =
-        ((TFloats(i_node.center[0]) * x + TFloats(i_node.center[1]) * y) + TFloats(i_node.center[2]) * z) -
-        TFloats(i_faces.faces[i].offsets[d]);
-      gaps[d] = (d == 0 ? magnitude(along) : along) - reach;
-    }
-    const TFloats above = larger(gaps[0], zero), beyond = larger(larger(gaps[1], gaps[2]), larger(gaps[3], zero));
-    nearest = smaller(nearest, IS_CONTACT ? larger(above, beyond) : above * above + beyond * beyond);
-  }
-  return nearest;
-}
-
 /// A packet of b in the frame of a.
 struct CPlacedPacket
 {
@@ -327,6 +235,22 @@ struct CPlacedPacket
     }
   }
 };
+
+/// The squares of the distances of a point from four triangles.
+inline TDoubles pointSquares(const TVectors& i_point, const TVectors i_corners[3], const TVectors& i_normal)
+{
+  TDoubles nearest(PROXIMITY_FAR);
+  TMask isOver = dot(i_normal, i_normal) > TDoubles(0.0);
+  for (int k = 0; k < 3; ++k)
+  {
+    const TVectors edge = i_corners[(k + 1) % 3] - i_corners[k], offset = i_point - i_corners[k];
+    const TVectors gap = offset - edge * toUnit(dot(offset, edge) * inverse(dot(edge, edge)));
+    nearest = smaller(nearest, dot(gap, gap));
+    isOver = isOver & (dot(cross(i_normal, edge), offset) > TDoubles(0.0));
+  }
+  const TDoubles height = dot(i_normal, i_point - i_corners[0]);
+  return select(isOver, height * height, nearest);
+}
 
 /// A triangle of a, against the four of a packet.
 struct CProximityRow
@@ -522,7 +446,7 @@ private:
     return {isOfA, isOfA ? a : b};
   }
 
-  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split)
+  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split) const
   {
     CPlacedBox box;
     if (i_split.isOfA)
@@ -530,31 +454,63 @@ private:
     else
       m_toB.place(m_query.a, i_task.a(), box);
     const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
-    const TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
-    if (!placeLargeFaces(i_task, i_split))
-      return keys;
-    const TFloats ofFaces = faceKeys<IS_CONTACT>(node, m_faces);
-    return pick(ofFaces, TFloats(0.0f), larger(keys, ofFaces), keys);
-  }
-
-  /// A box around large triangles says little of where they are. @return false where the boxes will do.
-  bool placeLargeFaces(const CProximityTask& i_task, const CSplit& i_split)
-  {
-    const CProximityTree& tree = i_split.isOfA ? m_query.b : m_query.a;
-    const std::uint32_t slot = i_split.isOfA ? i_task.b() : i_task.a();
-    const std::uint32_t leaf = child(tree, slot);
-    const float splitSize = i_split.isOfA ? size(m_query.a, i_task.a()) : size(m_query.b, i_task.b());
-    if (!(leaf & PROXIMITY_LEAF) || size(tree, slot) < PROXIMITY_LARGE_FACE * splitSize)
-      return false;
-    if (m_faces.leaf != leaf || m_faces.isOfA == i_split.isOfA)
-      m_faces.place(tree, leaf, !i_split.isOfA, i_split.isOfA ? m_toA : m_toB);
-    return true;
+    return IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
   }
 
   void split(const CProximityTask& i_task)
   {
     const CSplit choice = chooseSplit(i_task);
-    push(i_task, choice, keysOf(i_task, choice));
+    TFloats keys = keysOf(i_task, choice);
+    const std::uint32_t other = choice.isOfA ? child(m_query.b, i_task.b()) : child(m_query.a, i_task.a());
+    if (other & PROXIMITY_LEAF)
+    {
+      const float leafSize = choice.isOfA ? size(m_query.b, i_task.b()) : size(m_query.a, i_task.a());
+      if (leafSize > PROXIMITY_LARGE_LEAF * (choice.isOfA ? size(m_query.a, i_task.a()) : size(m_query.b, i_task.b())))
+        keys = keysToTriangles(choice, other, keys);
+    }
+    push(i_task, choice, keys);
+  }
+
+  /// The box of a few large triangles is mostly empty: raises the keys to what keeps the balls around the eight boxes
+  /// from the triangles themselves.
+  TFloats keysToTriangles(const CSplit& i_split, std::uint32_t i_leaf, const TFloats& i_keys)
+  {
+    const std::uint32_t rank = i_leaf & PROXIMITY_PACKET_MASK;
+    TVectors corners[3], normal;
+    if (i_split.isOfA)
+    {
+      placePacket(rank);
+      for (int k = 0; k < 3; ++k)
+        corners[k] = m_placed.corners[k];
+      normal = m_placed.normal;
+    }
+    else
+    {
+      const CProximityPacket& packet = m_query.a.packets[rank];
+      for (int k = 0; k < 3; ++k)
+        corners[k] = {TDoubles(packet.corners[k][0]), TDoubles(packet.corners[k][1]), TDoubles(packet.corners[k][2])};
+      normal = {TDoubles(packet.normal[0]), TDoubles(packet.normal[1]), TDoubles(packet.normal[2])};
+    }
+    const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
+    alignas(32) float keys[8];
+    i_keys.store(keys);
+    for (unsigned int lanes = lanesBelow(i_keys, TFloats(m_threshold)); lanes; lanes &= lanes - 1u)
+    {
+      const unsigned int lane = static_cast<unsigned int>(__builtin_ctz(lanes));
+      double center[3] = {node.center[0][lane], node.center[1][lane], node.center[2][lane]};
+      if (!i_split.isOfA)
+        m_toA.move(center);
+      alignas(32) double squares[4];
+      pointSquares(all(center), corners, normal).store(squares);
+      double square = squares[0];
+      for (int k = 1; k < 4; ++k)
+        square = squares[k] < square ? squares[k] : square;
+      const double x = node.half[0][lane], y = node.half[1][lane], z = node.half[2][lane];
+      const double gap = __builtin_sqrt(square) - __builtin_sqrt((x * x + y * y) + z * z);
+      const float key = static_cast<float>(IS_CONTACT ? gap : gap * gap);
+      keys[lane] = gap > 0.0 && key > keys[lane] ? key : keys[lane];
+    }
+    return TFloats(keys);
   }
 
   /// Puts what is near enough of a split task on the stack, the nearest on top.
@@ -811,7 +767,6 @@ private:
   std::uint32_t m_placeA = PROXIMITY_NONE;
   std::uint32_t m_placeB = PROXIMITY_NONE;
   CPlacedPacket m_placed;
-  CPlacedFaces m_faces;
   unsigned int m_countTasks = 0;
   unsigned int m_trials = 0;          ///< rows of which a contact was looked for first
   float m_keys[PROXIMITY_STACK_SIZE]; ///< of the tasks that wait
