@@ -7,7 +7,7 @@
 #include "foundation/lumMesh.h"
 #include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumSphere.h"
-#include "../../foundation/lumTriangleDistance.h"
+#include "foundation/lumTriangleDistance.h"
 #include "support/meshes.h"
 #include "support/triangleOracle.h"
 

@@ -4,7 +4,7 @@
 #include "foundation/lumMesh.h"
 #include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumSphere.h"
-#include "../../foundation/lumProximityModel.h"
+#include "foundation/lumProximityModel.h"
 #include "support/allocations.h"
 #include "support/meshes.h"
 
