@@ -66,7 +66,7 @@ struct CCodedObject
   EState state = MENTIONED;
   ClumClassShPtr classObject;
   CCodedSpace space;
-  std::size_t place = 0;     ///< in the text it came from
+  std::size_t line = 0;      ///< of the text it came from
   bool isDecoded = false;    ///< its `initWithCoder` has begun, or something else stands for it
   bool hasSoleOwner = false; ///< of a foreign graph: it was read as a part of one whole
   ClumCodableShPtr decoded;
@@ -136,7 +136,6 @@ struct CCodedGraph
   bool isForeign = false;
   bool isRefused = false;
   std::string name; ///< of where it came from
-  std::string text;
 
   std::size_t rankOf(const ClumCodable* i_object);
 

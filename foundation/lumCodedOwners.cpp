@@ -21,7 +21,8 @@ public:
   bool check(std::size_t& o_object, std::string& o_reason)
   {
     for (std::size_t first = 0; first < m_marks.size(); ++first)
-      if (m_marks[first] == NEW && !walkFrom(first, o_object, o_reason))
+      if (m_marks[first] == NEW && m_graph.objects[first].state == CCodedObject::WRITTEN &&
+          !walkFrom(first, o_object, o_reason))
         return false;
     return true;
   }

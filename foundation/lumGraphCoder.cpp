@@ -89,7 +89,7 @@ void CCodedGraph::refuse(const std::string& i_reason)
   if (!underWay.empty())
   {
     const CCodedObject& object = objects[underWay.back()];
-    where += ", " + lumPlaceInText(text, object.place) + ", " + object.classObject->name();
+    where += ", line " + std::to_string(object.line) + ", " + object.classObject->name();
   }
   ClumLogManager::addError("Cannot decode " + where + ": " + i_reason + ".");
 }

@@ -69,9 +69,8 @@ lmStatus ClumXMLCoder::parse(const std::string& i_text, const std::string& i_nam
   m_parsingStatus = lmStatus();
   m_graph->isForeign = true;
   m_graph->name = i_name;
-  m_graph->text = i_text;
   CXMLFault fault;
-  if (lumReadXML(*m_graph, fault))
+  if (lumReadXML(i_text, *m_graph, fault))
     return m_parsingStatus;
   ClumLogManager::addError("Cannot read " + i_name + ", " + lumPlaceInText(i_text, fault.place) + ": " + fault.reason +
                            ".");

@@ -3,6 +3,7 @@
 #include "foundation/lumRuntime.h"
 #include "foundation/lumXMLText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <pugixml.hpp>
@@ -131,7 +132,10 @@ bool readBase64(std::string_view i_text, TCodedBuffer& o_bytes)
 class CXMLReader
 {
 public:
-  CXMLReader(CCodedGraph& io_graph, CXMLFault& o_fault) : m_graph(io_graph), m_fault(o_fault) {}
+  CXMLReader(const std::string& i_text, CCodedGraph& io_graph, CXMLFault& o_fault)
+    : m_text(i_text), m_graph(io_graph), m_fault(o_fault)
+  {
+  }
 
   bool read(const pugi::xml_document& i_document)
   {
@@ -170,6 +174,7 @@ private:
   /// Finds the objects, so that references can lead forward.
   bool readObjectList(const pugi::xml_node& i_root)
   {
+    std::size_t line = 1, counted = 0;
     for (const pugi::xml_node& node : i_root.children())
     {
       if (!isObject(node))
@@ -187,7 +192,12 @@ private:
       CCodedObject& object = m_graph.objects.emplace_back();
       object.state = CCodedObject::WRITTEN;
       object.classObject = classObject;
-      object.place = static_cast<std::size_t>(node.offset_debug());
+      const std::size_t place = static_cast<std::size_t>(node.offset_debug());
+      line += static_cast<std::size_t>(std::count(m_text.begin() + static_cast<std::ptrdiff_t>(counted),
+                                                  m_text.begin() + static_cast<std::ptrdiff_t>(place), '\n'));
+      counted = place;
+      object.line = line;
+      m_places.push_back(place);
     }
     return true;
   }
@@ -201,7 +211,7 @@ private:
     std::size_t object = 0;
     if (lumCheckOwners(m_graph, object, m_fault.reason))
       return true;
-    m_fault.place = m_graph.objects[object].place;
+    m_fault.place = m_places[object];
     return false;
   }
 
@@ -428,16 +438,17 @@ private:
     return readSpace(i_node, inner, i_depth + 1);
   }
 
+  const std::string& m_text;
   CCodedGraph& m_graph;
   CXMLFault& m_fault;
+  std::vector<std::size_t> m_places;                    ///< of the objects, in the text
   std::unordered_map<std::size_t, std::size_t> m_ranks; ///< of the objects, by id
 };
 } // namespace
 
-bool lumReadXML(CCodedGraph& io_graph, CXMLFault& o_fault)
+bool lumReadXML(const std::string& i_text, CCodedGraph& io_graph, CXMLFault& o_fault)
 {
-  const std::string& text = io_graph.text;
-  const std::size_t zero = text.find('\0');
+  const std::size_t zero = i_text.find('\0');
   if (zero != std::string::npos)
   {
     o_fault = {"there is a zero byte", zero};
@@ -446,11 +457,12 @@ bool lumReadXML(CCodedGraph& io_graph, CXMLFault& o_fault)
   pugi::xml_document document;
   const unsigned int options =
     pugi::parse_escapes | pugi::parse_wconv_attribute | pugi::parse_doctype | pugi::parse_cdata;
-  const pugi::xml_parse_result result = document.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
+  const pugi::xml_parse_result result =
+    document.load_buffer(i_text.data(), i_text.size(), options, pugi::encoding_utf8);
   if (!result)
   {
     o_fault = {result.description(), static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0))};
     return false;
   }
-  return CXMLReader(io_graph, o_fault).read(document);
+  return CXMLReader(i_text, io_graph, o_fault).read(document);
 }

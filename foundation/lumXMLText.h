@@ -17,9 +17,9 @@ struct CXMLFault
   std::size_t place = 0; ///< in the text, in bytes
 };
 
-/// Fills an empty graph from `io_graph.text`. @return false, with the first fault, if the text is no such graph; the
+/// Fills an empty graph from a text. @return false, with the first fault, if the text is no such graph; the
 /// graph is then only good for being dropped.
-bool lumReadXML(CCodedGraph& io_graph, CXMLFault& o_fault);
+bool lumReadXML(const std::string& i_text, CCodedGraph& io_graph, CXMLFault& o_fault);
 
 /// @return true if the characters can stand in an XML text: well-formed UTF-8, no control character but tab, line feed
 /// and carriage return.
