@@ -2,9 +2,11 @@
 
 #include "foundation/lumCollisionModel.h"
 #include "foundation/lumCollisionToolkit.h"
+#include "foundation/lumFCLCollisionToolkit.h"
 #include "foundation/lumMat4.h"
 #include "foundation/lumMesh.h"
 #include "foundation/lumParameterMap.h"
+#include "foundation/lumProximityCollisionToolkit.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvConfigSpace.h"
 #include "kinematics/orvDevice.h"
@@ -48,10 +50,11 @@ struct PartInClutter
   }
 };
 
-void benchmarkConfiguration()
+void benchmarkConfiguration(const std::string& i_name, const ClumCollisionToolkitShPtr& i_toolkit)
 {
   CorvUtility::randomSeed(3);
   const PartInClutter scene;
+  scene.device->collisionToolkit(i_toolkit);
   std::vector<CorvConfig> configs;
   std::vector<ClumMat4> poses, pose;
   for (int i = 0; i < 200; ++i)
@@ -77,8 +80,14 @@ void benchmarkConfiguration()
       for (const ClumMat4& placed : poses)
         keep(toolkit.areTouching(*part, placed, *obstacle, ClumMat4()));
     });
-  report("validating a configuration, part of 5,000 triangles / the placed query alone", validation.ratio(),
+  report("validating a configuration, part of 5,000 triangles / the placed query alone, " + i_name, validation.ratio(),
          "at most 1.1");
+}
+
+void benchmarkConfigurations()
+{
+  benchmarkConfiguration("FCL", ClumFCLCollisionToolkit::create());
+  benchmarkConfiguration("own kernel", ClumProximityCollisionToolkit::create());
 }
 
 double secondsOf(const std::function<void()>& i_work)
@@ -132,6 +141,6 @@ void benchmarkProof()
   report("time of dense sampling / time of the proof, the same motions", sampleSeconds / proofSeconds, "above 1");
 }
 
-const Section s_configuration("validation", benchmarkConfiguration);
+const Section s_configuration("validation", benchmarkConfigurations);
 const Section s_proof("proof", benchmarkProof);
 } // namespace
