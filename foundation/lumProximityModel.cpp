@@ -232,9 +232,9 @@ std::size_t CProximityModel::countBytes() const
          m_parts.capacity() * (sizeof(CPart) + 3 * sizeof(float));
 }
 
-std::vector<const CProximityKernel*> lumProximityKernels()
+TProximityKernels lumProximityKernels()
 {
-  std::vector<const CProximityKernel*> kernels = {&g_proximityPortable};
+  TProximityKernels kernels = {&g_proximityPortable};
 #ifdef LUM_PROXIMITY_X86
   kernels.push_back(&g_proximitySse2);
   if (__builtin_cpu_supports("avx2"))

@@ -4,6 +4,8 @@
 #include "foundation/lumProximityKernel.h"
 #include "foundation/lumVect3.h"
 
+#include <boost/container/small_vector.hpp>
+
 #include <cstddef>
 #include <vector>
 
@@ -74,7 +76,8 @@ private:
 };
 
 /// The kernels that this machine can run, the fastest last.
-LUM_API std::vector<const CProximityKernel*> lumProximityKernels();
+using TProximityKernels = boost::container::small_vector<const CProximityKernel*, 3>;
+LUM_API TProximityKernels lumProximityKernels();
 /// The one in use: at first the fastest.
 LUM_API const CProximityKernel& lumProximityKernel();
 LUM_API void lumUseProximityKernel(const CProximityKernel& i_kernel);

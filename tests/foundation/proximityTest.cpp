@@ -149,7 +149,7 @@ TEST_F(ProximityKernel, AllInstructionSetsGiveTheSameBits)
 {
   const KernelSwitch keeper;
   const std::vector<ClumLeafGeometryShPtr> shapes = kernelShapes();
-  const std::vector<const CProximityKernel*> kernels = lumProximityKernels();
+  const TProximityKernels kernels = lumProximityKernels();
   lumUseProximityKernel(*kernels[0]);
   const std::vector<std::uint64_t> expected = answersOf(*m_toolkit, shapes);
   for (const CProximityKernel* kernel : kernels)
