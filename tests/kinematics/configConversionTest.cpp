@@ -216,7 +216,9 @@ TEST(CorvConfigConversion, WritingWhatWasReadChangesNothing)
   for (const bool grows : {false, true, false})
   {
     if (grows)
+    {
       ASSERT_TRUE(space->appendSubspace(CorvDof::create(false)).succeeded());
+    }
     const ClumMemoryCoderShPtr first = written(original);
     const CorvConfig read(*first, "c");
     const CorvConfig copy(read);
