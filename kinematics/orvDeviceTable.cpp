@@ -95,7 +95,7 @@ double chordOfTurn(double i_angle, double& o_slope)
 /// Keeps the numbers. @return true if they were the ones kept before.
 bool isKept(const double* i_numbers, std::vector<double>& io_kept)
 {
-  if (std::memcmp(i_numbers, io_kept.data(), io_kept.size() * sizeof(double)) == 0)
+  if (io_kept.empty() || std::memcmp(i_numbers, io_kept.data(), io_kept.size() * sizeof(double)) == 0)
     return true;
   std::copy(i_numbers, i_numbers + io_kept.size(), io_kept.begin());
   return false;
