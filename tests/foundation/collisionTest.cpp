@@ -8,6 +8,7 @@
 #include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumSphere.h"
 #include "foundation/lumTriangleDistance.h"
+#include "support/dice.h"
 #include "support/meshes.h"
 #include "support/triangleOracle.h"
 
@@ -15,42 +16,10 @@
 
 #include <functional>
 #include <limits>
-#include <random>
 
 namespace
 {
 constexpr double INF = std::numeric_limits<double>::infinity();
-
-class Dice
-{
-public:
-  explicit Dice(unsigned int i_seed) : m_engine(i_seed) {}
-  double operator()(double i_low, double i_high) { return i_low + (i_high - i_low) * (m_engine() / 4294967296.0); }
-  unsigned int rank(std::size_t i_count) { return static_cast<unsigned int>(m_engine() % i_count); }
-  ClumVect3 vector(double i_reach)
-  {
-    const double x = (*this)(-i_reach, i_reach), y = (*this)(-i_reach, i_reach);
-    return ClumVect3(x, y, (*this)(-i_reach, i_reach));
-  }
-  ClumMat4 pose(double i_reach)
-  {
-    ClumMat4 frame;
-    const ClumVect3 axis = vector(1.0);
-    frame.rotate(axis, (*this)(-3.1, 3.1));
-    frame.setTranslation(vector(i_reach));
-    return frame;
-  }
-
-private:
-  std::mt19937 m_engine;
-};
-
-ClumMat4 at(double i_x, double i_y, double i_z)
-{
-  ClumMat4 frame;
-  frame.translate(i_x, i_y, i_z);
-  return frame;
-}
 
 ClumCollisionToolkitShPtr toolkitNamed(const std::string& i_name)
 {
@@ -256,7 +225,8 @@ TEST_P(CollisionToolkit, TouchingShapesCollide)
   const ClumBoxShPtr solid = ClumBox::create(1.0, 1.0, 1.0);
   const ClumSphereShPtr ball = ClumSphere::create(0.5);
   // Face on face, edge on edge, corner on corner, corner on face, and sliding along a common plane.
-  const ClumMat4 contacts[] = {at(1, 0, 0), at(1, 1, 0), at(1, 1, 1), at(1, 0.5, 0.25), at(1, 0.9, 0.9)};
+  const ClumMat4 contacts[] = {placedAt(1, 0, 0), placedAt(1, 1, 0), placedAt(1, 1, 1), placedAt(1, 0.5, 0.25),
+                               placedAt(1, 0.9, 0.9)};
   const ClumLeafGeometry* shapes[] = {box.get(), solid.get()};
   for (const ClumMat4& pose : contacts)
     for (const ClumLeafGeometry* shape : shapes)
@@ -268,9 +238,9 @@ TEST_P(CollisionToolkit, TouchingShapesCollide)
       EXPECT_FALSE(toolkit.areTouching(*box, ClumMat4(), *shape, apart));
       EXPECT_GT(toolkit.distance(*box, ClumMat4(), *shape, apart).lower, 0.0);
     }
-  EXPECT_TRUE(toolkit.areTouching(*ball, ClumMat4(), *ball, at(1, 0, 0)));
-  EXPECT_TRUE(toolkit.areTouching(*ball, ClumMat4(), *box, at(1, 0, 0)));
-  EXPECT_FALSE(toolkit.areTouching(*ball, ClumMat4(), *box, at(1.0 + 1e-6, 0, 0)));
+  EXPECT_TRUE(toolkit.areTouching(*ball, ClumMat4(), *ball, placedAt(1, 0, 0)));
+  EXPECT_TRUE(toolkit.areTouching(*ball, ClumMat4(), *box, placedAt(1, 0, 0)));
+  EXPECT_FALSE(toolkit.areTouching(*ball, ClumMat4(), *box, placedAt(1.0 + 1e-6, 0, 0)));
   EXPECT_TRUE(toolkit.areTouching(*box, ClumMat4(), *box, ClumMat4()));
 }
 
@@ -289,8 +259,8 @@ TEST_P(CollisionToolkit, WhatLiesInsideASolidCollides)
   lidless.pop_back();
   const ClumMeshShPtr open = ClumMesh::create(big->vertices(), lidless);
   const ClumMeshShPtr hollow = joined({{big, ClumMat4()}, {turned(*boxMesh(3.0, 3.0, 3.0), 1), ClumMat4()}});
-  const ClumMeshShPtr overlapping = joined({{big, ClumMat4()}, {turned(*big, 1), at(1.0, 0.0, 0.0)}});
-  const ClumMeshShPtr twoParts = joined({{small, at(9.0, 0.0, 0.0)}, {small, ClumMat4()}});
+  const ClumMeshShPtr overlapping = joined({{big, ClumMat4()}, {turned(*big, 1), placedAt(1.0, 0.0, 0.0)}});
+  const ClumMeshShPtr twoParts = joined({{small, placedAt(9.0, 0.0, 0.0)}, {small, ClumMat4()}});
   EXPECT_FALSE(open->isClosed());
   EXPECT_TRUE(hollow->isClosed());
 
@@ -302,18 +272,18 @@ TEST_P(CollisionToolkit, WhatLiesInsideASolidCollides)
     ClumMat4 pose;
     bool collides;
   } cases[] = {
-    {"inside", big, small, at(0.1, 0.2, 0.3), true},
+    {"inside", big, small, placedAt(0.1, 0.2, 0.3), true},
     {"inside, on rays through corners and edges", big, small, ClumMat4(), true},
     {"turned inside out", turned(*big, 1), small, ClumMat4(), true},
     {"turned here and there", turned(*big, 3), small, ClumMat4(), true},
     {"inside a bare surface", open, small, ClumMat4(), false},
     {"a bare surface inside", big, moved(*open, ClumMat4(), 0.2), ClumMat4(), true},
     {"in the hollow", hollow, small, ClumMat4(), false},
-    {"in an overlap", overlapping, small, at(0.5, 0.0, 0.0), true},
+    {"in an overlap", overlapping, small, placedAt(0.5, 0.0, 0.0), true},
     {"one part of two", big, twoParts, ClumMat4(), true},
-    {"beside", big, small, at(3.0, 0.0, 0.0), false},
+    {"beside", big, small, placedAt(3.0, 0.0, 0.0), false},
     {"in the window", wallWithWindow(4.0, 0.5, 2.0, 2.0), moved(*small, ClumMat4(), 0.2), ClumMat4(), false},
-    {"in the wall", wallWithWindow(4.0, 0.5, 2.0, 2.0), moved(*small, ClumMat4(), 0.2), at(0, 1.5, 0), true},
+    {"in the wall", wallWithWindow(4.0, 0.5, 2.0, 2.0), moved(*small, ClumMat4(), 0.2), placedAt(0, 1.5, 0), true},
   };
   for (const auto& test : cases)
   {
@@ -346,7 +316,7 @@ TEST_P(CollisionToolkit, InsideIsToldAlongRaysThroughCornersAndEdges)
             surface, {{{oracle::Vector(x, y, z), oracle::Vector(x, y, z), oracle::Vector(x, y, z)}}}) < 1e-5;
         if (!isOnSurface)
         {
-          EXPECT_EQ(toolkit.areTouching(*ball, ClumMat4(), *probe, at(x, y, z)), around > 0.5) << x << y << z;
+          EXPECT_EQ(toolkit.areTouching(*ball, ClumMat4(), *probe, placedAt(x, y, z)), around > 0.5) << x << y << z;
         }
       }
 }
@@ -413,7 +383,7 @@ TEST_P(CollisionToolkit, ShapesAgreeWithTheirFormulas)
       const ClumMat4 pose = dice.pose(3.0);
       const ClumPoint3 point(dice.vector(1.6));
       const double expected = std::max(0.0, test.distance(point) - 0.05);
-      const ClumMat4 probePose = pose * at(point.x(), point.y(), point.z());
+      const ClumMat4 probePose = pose * placedAt(point.x(), point.y(), point.z());
       const ClumDistanceResult found = toolkit.distance(*test.shape, pose, *probe, probePose);
       ASSERT_LE(found.lower, expected + 1e-14);
       ASSERT_GE(found.lower, expected - test.excess - 1e-9);
@@ -436,8 +406,8 @@ TEST_P(CollisionToolkit, ShapesAgreeWithMeshesOfThemselves)
   const ClumConvexShPtr hull = ClumConvex::create(cloud->vertices());
   ASSERT_TRUE(hull);
   const ClumMeshShPtr capsule = joined({{cylinderMesh(0.3, 1.6, 200), ClumMat4()},
-                                        {sphereMesh(0.3, 80), at(0, 0, -0.8)},
-                                        {sphereMesh(0.3, 80), at(0, 0, 0.8)}});
+                                        {sphereMesh(0.3, 80), placedAt(0, 0, -0.8)},
+                                        {sphereMesh(0.3, 80), placedAt(0, 0, 0.8)}});
   const struct
   {
     ClumLeafGeometryShPtr shape;
@@ -493,8 +463,9 @@ TEST_P(CollisionToolkit, JoinedModelAnswersForAllOfItsShapes)
 TEST(FclToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
 {
   const ClumFCLCollisionToolkitShPtr toolkit = ClumFCLCollisionToolkit::create();
-  const auto depth = [&](const ClumLeafGeometryShPtr& a, const ClumLeafGeometryShPtr& b, const ClumMat4& pose,
-                         double& o_depth) {
+  const auto depth =
+    [&](const ClumLeafGeometryShPtr& a, const ClumLeafGeometryShPtr& b, const ClumMat4& pose, double& o_depth)
+  {
     ClumVect3 direction;
     return toolkit->penetration(*a->collisionModel(*toolkit), ClumMat4(), *b->collisionModel(*toolkit), pose, o_depth,
                                 direction);
@@ -503,15 +474,15 @@ TEST(FclToolkit, PenetrationIsToldForConvexShapesWithInnerOnesApart)
   const ClumCapsuleShPtr capsule = ClumCapsule::create(0.25, 2.0);
   const ClumBoxShPtr box = ClumBox::create(1.0, 1.0, 1.0);
   double found = -1.0;
-  EXPECT_TRUE(depth(ball, capsule, at(0.6, 0.0, 0.3), found).succeeded());
+  EXPECT_TRUE(depth(ball, capsule, placedAt(0.6, 0.0, 0.3), found).succeeded());
   EXPECT_NEAR(found, 0.15, 1e-12);
-  EXPECT_TRUE(depth(box, ball, at(0.8, 0.0, 0.0), found).succeeded());
+  EXPECT_TRUE(depth(box, ball, placedAt(0.8, 0.0, 0.0), found).succeeded());
   EXPECT_NEAR(found, 0.2, 1e-12);
-  EXPECT_TRUE(depth(box, ball, at(3.0, 0.0, 0.0), found).succeeded());
+  EXPECT_TRUE(depth(box, ball, placedAt(3.0, 0.0, 0.0), found).succeeded());
   EXPECT_EQ(found, 0.0);
   found = -1.0;
-  EXPECT_EQ(depth(box, ball, at(0.1, 0.0, 0.0), found), ClumCollisionToolkit::PENETRATION_UNSUPPORTED_ERROR);
-  EXPECT_EQ(depth(lPart(1.0, 1.0, 0.2), ball, at(0.1, 0.0, 0.0), found),
+  EXPECT_EQ(depth(box, ball, placedAt(0.1, 0.0, 0.0), found), ClumCollisionToolkit::PENETRATION_UNSUPPORTED_ERROR);
+  EXPECT_EQ(depth(lPart(1.0, 1.0, 0.2), ball, placedAt(0.1, 0.0, 0.0), found),
             ClumCollisionToolkit::PENETRATION_UNSUPPORTED_ERROR);
   EXPECT_EQ(found, -1.0);
 }
@@ -526,13 +497,13 @@ TEST(DefaultToolkit, RefusesWhatItCannotAnswerAsAContact)
   const ClumMeshShPtr box = boxMesh(1.0, 1.0, 1.0);
   const ClumCollisionModel& model = *box->collisionModel(*toolkit);
   const std::uint64_t before = toolkit->countQueries();
-  const ClumMat4 far = at(9.0, 0.0, 0.0);
+  const ClumMat4 far = placedAt(9.0, 0.0, 0.0);
   EXPECT_FALSE(toolkit->areTouching(model, ClumMat4(), model, far));
   EXPECT_TRUE(toolkit->areTouching(model, ClumMat4(), ForeignModel(), far));
   for (const double bad : {std::nan(""), INF})
   {
-    EXPECT_TRUE(toolkit->areTouching(model, ClumMat4(), model, at(9.0, bad, 0.0)));
-    EXPECT_EQ(toolkit->boundedDistance(model, at(bad, 0.0, 0.0), model, far, 1.0).lower, 0.0);
+    EXPECT_TRUE(toolkit->areTouching(model, ClumMat4(), model, placedAt(9.0, bad, 0.0)));
+    EXPECT_EQ(toolkit->boundedDistance(model, placedAt(bad, 0.0, 0.0), model, far, 1.0).lower, 0.0);
   }
   EXPECT_EQ(toolkit->countQueries() - before, 6u);
   // All copies of a leaf share one model, whatever the toolkit object.

@@ -3,13 +3,13 @@
 #include "foundation/lumProximityCollisionToolkit.h"
 #include "foundation/lumMesh.h"
 #include "foundation/lumSphere.h"
+#include "support/dice.h"
 #include "support/meshes.h"
 #include "support/triangleOracle.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 
 // The proximity toolkit against all pairs of triangles, measured in extended precision.
 
@@ -22,31 +22,6 @@ const ClumCollisionToolkitShPtr& proximityToolkit()
   static const ClumCollisionToolkitShPtr s_toolkit = ClumProximityCollisionToolkit::create();
   return s_toolkit;
 }
-
-class ProximityDice
-{
-public:
-  explicit ProximityDice(unsigned int i_seed) : m_engine(i_seed) {}
-  double operator()(double i_low, double i_high) { return i_low + (i_high - i_low) * (m_engine() / 4294967296.0); }
-  unsigned int rank(std::size_t i_count) { return static_cast<unsigned int>(m_engine() % i_count); }
-  ClumVect3 vector(double i_reach)
-  {
-    const double x = (*this)(-i_reach, i_reach), y = (*this)(-i_reach, i_reach);
-    return ClumVect3(x, y, (*this)(-i_reach, i_reach));
-  }
-  ClumPoint3 point(double i_reach) { return ClumPoint3(vector(i_reach)); }
-  ClumMat4 pose(double i_reach)
-  {
-    ClumMat4 frame;
-    const ClumVect3 axis = vector(1.0);
-    frame.rotate(axis, (*this)(-3.1, 3.1));
-    frame.setTranslation(vector(i_reach));
-    return frame;
-  }
-
-private:
-  std::mt19937 m_engine;
-};
 
 ClumMat4 shifted(const ClumVect3& i_by)
 {
@@ -203,7 +178,7 @@ public:
   }
 
   /// Everything that one may ask, with good and bad hints.
-  void everything(ProximityDice& io_dice) const
+  void everything(Dice& io_dice) const
   {
     touching();
     const ClumDistanceResult first = exact();
@@ -275,7 +250,7 @@ Specimen scaled(const Specimen& i_specimen, double i_scale, const ClumVect3& i_s
 TEST(ProximityOracle, RandomPairs)
 {
   const std::vector<Specimen> specimens = smallSpecimens();
-  ProximityDice dice(1);
+  Dice dice(1);
   unsigned int countContacts = 0;
   for (int n = 0; n < 100000; ++n)
   {
@@ -307,7 +282,7 @@ TEST(ProximityOracle, LargerMeshes)
                                            lPart(2.0, 1.0, 0.2),
                                            longBar(3.0, 0.1),
                                            wallWithWindow(3.0, 0.2, 1.0, 0.8)};
-  ProximityDice dice(2);
+  Dice dice(2);
   for (int n = 0; n < 150; ++n)
   {
     const Specimen& a = specimens[dice.rank(specimens.size())];
@@ -325,7 +300,7 @@ TEST(ProximityOracle, ScaledAndMovedCoordinates)
   for (const Specimen& specimen : smallSpecimens())
     if (boost::dynamic_pointer_cast<ClumMesh>(specimen.leaf))
       specimens.push_back(specimen);
-  ProximityDice dice(3);
+  Dice dice(3);
   for (int n = 0; n < 1000; ++n)
   {
     const double scale = std::pow(10.0, dice(-6.0, 6.0));
@@ -359,7 +334,7 @@ TEST(ProximityOracle, ScaledAndMovedCoordinates)
 
 TEST(ProximityOracle, NeedlesAndSlivers)
 {
-  ProximityDice dice(4);
+  Dice dice(4);
   for (int n = 0; n < 4000; ++n)
   {
     std::vector<Specimen> pair;
@@ -401,7 +376,7 @@ TEST(ProximityOracle, NeedlesAndSlivers)
 TEST(ProximityOracle, CoplanarAndTouchingOnALattice)
 {
   // Whole numbers, turned by quarters: contacts are contacts to the last bit, and the oracle is right about each.
-  ProximityDice dice(5);
+  Dice dice(5);
   unsigned int countContacts = 0;
   for (int n = 0; n < 6000; ++n)
   {
@@ -492,7 +467,7 @@ TEST(ProximityOracle, SolidsWithinSolidsAndSurfaces)
                                         ClumMesh::create({{0, 0, 0}, {0.3, 0, 0}, {0, 0.3, 0}}, {{0, 1, 2}}),
                                         {ClumSphere::create(0.1), false},
                                         {ClumBox::create(0.2, 0.3, 0.1), true}};
-  ProximityDice dice(6);
+  Dice dice(6);
   unsigned int countNested = 0;
   for (int n = 0; n < 1500; ++n)
   {

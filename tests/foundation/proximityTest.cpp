@@ -6,49 +6,18 @@
 #include "foundation/lumSphere.h"
 #include "foundation/lumProximityModel.h"
 #include "support/allocations.h"
+#include "support/dice.h"
 #include "support/meshes.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <limits>
-#include <random>
 
 namespace
 {
 constexpr double INF = std::numeric_limits<double>::infinity();
 using TSolidity = ClumSweptTriangles;
-
-class KernelDice
-{
-public:
-  explicit KernelDice(unsigned int i_seed) : m_engine(i_seed) {}
-  double operator()(double i_low, double i_high) { return i_low + (i_high - i_low) * (m_engine() / 4294967296.0); }
-  unsigned int rank(std::size_t i_count) { return static_cast<unsigned int>(m_engine() % i_count); }
-  ClumVect3 vector(double i_reach)
-  {
-    const double x = (*this)(-i_reach, i_reach), y = (*this)(-i_reach, i_reach);
-    return ClumVect3(x, y, (*this)(-i_reach, i_reach));
-  }
-  ClumMat4 pose(double i_reach)
-  {
-    ClumMat4 frame;
-    const ClumVect3 axis = vector(1.0);
-    frame.rotate(axis, (*this)(-3.1, 3.1));
-    frame.setTranslation(vector(i_reach));
-    return frame;
-  }
-
-private:
-  std::mt19937 m_engine;
-};
-
-ClumMat4 placedAt(double i_x, double i_y, double i_z)
-{
-  ClumMat4 frame;
-  frame.translate(i_x, i_y, i_z);
-  return frame;
-}
 
 /// The kernel of the library in use, put back at the end.
 class KernelSwitch
@@ -112,16 +81,22 @@ protected:
 
 std::vector<ClumLeafGeometryShPtr> kernelShapes()
 {
-  return {torusKnot(2, 3, 1.0, 0.15, 125, 20), sphereMesh(1.0, 12), clutter(3, 60, 4.0), boxMesh(1.0, 0.5, 2.0),
-          wallWithWindow(3.0, 0.2, 1.0, 0.8),  longBar(3.0, 0.1),   ClumBox::create(1.0, 1.0, 1.0),
-          ClumCapsule::create(0.2, 1.0),       ClumSphere::create(0.3)};
+  return {torusKnot(2, 3, 1.0, 0.15, 125, 20),
+          sphereMesh(1.0, 12),
+          clutter(3, 60, 4.0),
+          boxMesh(1.0, 0.5, 2.0),
+          wallWithWindow(3.0, 0.2, 1.0, 0.8),
+          longBar(3.0, 0.1),
+          ClumBox::create(1.0, 1.0, 1.0),
+          ClumCapsule::create(0.2, 1.0),
+          ClumSphere::create(0.3)};
 }
 
 /// The bits of many answers, to questions of all kinds.
 std::vector<std::uint64_t> answersOf(const ClumCollisionToolkit& i_toolkit,
                                      const std::vector<ClumLeafGeometryShPtr>& i_shapes)
 {
-  KernelDice dice(17);
+  Dice dice(17);
   std::vector<std::uint64_t> bits;
   for (int n = 0; n < 1500; ++n)
   {
@@ -167,7 +142,7 @@ TEST_F(ProximityKernel, AskingAllocatesNothing)
   const ClumMeshShPtr knot = torusKnot(2, 3, 1.0, 0.15, 60, 10), boxes = clutter(3, 60, 3.0);
   const ClumCollisionModel& a = *model(*knot);
   const ClumCollisionModel& b = *model(*boxes);
-  KernelDice dice(23);
+  Dice dice(23);
   std::vector<ClumMat4> poses;
   for (int n = 0; n < 60; ++n)
     poses.push_back(dice.pose(3.0));
@@ -188,7 +163,7 @@ TEST_F(ProximityKernel, AskingAllocatesNothing)
 TEST_F(ProximityKernel, PairOfAContactIsToldAndTakenAsAHint)
 {
   const ClumMeshShPtr a = sphereMesh(1.0, 12), b = torusKnot(2, 3, 1.0, 0.15, 60, 10);
-  KernelDice dice(29);
+  Dice dice(29);
   unsigned int countContacts = 0;
   for (int n = 0; n < 100; ++n)
   {
@@ -284,8 +259,9 @@ TEST_F(ProximityKernel, ModelsStayWithinTheirMemory)
 
 TEST_F(ProximityKernel, ShapesThatReachTooFarAreRefused)
 {
-  const auto triangle = [](double i_reach)
-  { return ClumMesh::create({{0, 0, 0}, {i_reach, 0, 0}, {0, i_reach, 0}}, {{0, 1, 2}}); };
+  const auto triangle = [](double i_reach) {
+    return ClumMesh::create({{0, 0, 0}, {i_reach, 0, 0}, {0, i_reach, 0}}, {{0, 1, 2}});
+  };
   EXPECT_TRUE(model(*triangle(1e13)));
   EXPECT_FALSE(model(*triangle(1e15)));
   EXPECT_FALSE(model(*ClumSphere::create(1e15)));
@@ -296,7 +272,7 @@ TEST_F(ProximityPenetration, IsExactForShapesThatAreSimple)
   const ClumBoxShPtr box = ClumBox::create(1.0, 1.0, 1.0);
   const ClumSphereShPtr ball = ClumSphere::create(0.5);
   const ClumCapsuleShPtr capsule = ClumCapsule::create(0.25, 2.0);
-  KernelDice dice(31);
+  Dice dice(31);
   for (int n = 0; n < 12; ++n)
   {
     const ClumMat4 frame = dice.pose(3.0);
@@ -311,7 +287,7 @@ TEST_F(ProximityPenetration, IsExactForShapesThatAreSimple)
 TEST_F(ProximityPenetration, PartsAllKindsOfShapes)
 {
   const std::vector<ClumLeafGeometryShPtr> shapes = kernelShapes();
-  KernelDice dice(37);
+  Dice dice(37);
   unsigned int countContacts = 0;
   for (int n = 0; n < 60; ++n)
   {
