@@ -22,6 +22,7 @@
 #include "kinematics/orvDof.h"
 #include "kinematics/orvJoint.h"
 #include "kinematics/orvKinematicalEffect.h"
+#include "kinematics/orvMotionBound.h"
 #include "metrics/orvMetric.h"
 #include "paths/orvSteeringMethod.h"
 #include "validation/orvValidatorCfgCollisionBase.h"
@@ -81,6 +82,11 @@ bool areUsableNumbers(const double* i_values, unsigned int i_count, bool i_areRa
       return false;
   return true;
 }
+
+bool isUsableRest(double i_rest)
+{
+  return std::isfinite(i_rest) && i_rest >= 0.0;
+}
 } // namespace
 
 struct CorvDevice::CCache
@@ -94,7 +100,7 @@ struct CorvDevice::CCache
   std::vector<CorvBodyShPtr> bodies;
   std::vector<CorvDofShPtr> dofs;
   std::vector<ClumGeometryShPtr> mobileGeometries;
-  std::unique_ptr<CorvDeviceTable> table;
+  ShPtr<CorvDeviceTable> table;
 
   /// Whether some dof of a space is computed and not constant; looked up once a version of that space.
   const CorvConfigSpace* computedSpace = nullptr;
@@ -1095,55 +1101,56 @@ bool CorvDevice::hasUnboundedDof(const CorvConfig& i_config) const
   return cache.hasUnboundedDof;
 }
 
-/// Checks a motion's start, length and rates, and finds this device's part of them. @return -1 where no bound is known.
-lmStatus CorvDevice::readMotion(const CorvConfig& i_from, double i_rest, const std::vector<double>& i_derivatives,
-                                const double*& o_values, const double*& o_rates) const
+/// Checks a motion's start and rates, and finds this device's part of them.
+/// @param io_table set to what the bound stands on. @return -1 where no bound is known.
+lmStatus CorvDevice::readMotion(const CorvConfig& i_from, const std::vector<double>& i_derivatives,
+                                const double*& o_values, const double*& o_rates,
+                                ShPtr<const CorvDeviceTable>& io_table) const
 {
+  const CCache& cache = updateCache();
   unsigned int first = 0;
   if (firstRankIn(i_from, first).failed() || i_derivatives.size() != i_from.size())
     return lmStatus::FAILURE;
   const double* values = i_from.beginPtr();
-  if (!values || !std::isfinite(i_rest) || i_rest < 0.0 || hasUnboundedDof(i_from))
+  if (!values || hasUnboundedDof(i_from))
     return lmStatus::FAILURE;
-  const unsigned int count = static_cast<unsigned int>(m_cache->dofs.size());
+  const unsigned int count = static_cast<unsigned int>(cache.dofs.size());
   o_values = values + first;
   o_rates = i_derivatives.data() + first;
   const bool areUsable = areUsableNumbers(o_values, count, false) && areUsableNumbers(o_rates, count, true);
-  return areUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
+  if (!areUsable || cache.table->prepare(o_values, o_rates).failed())
+    return lmStatus::FAILURE;
+  if (io_table != cache.table)
+    io_table = cache.table;
+  return lmStatus();
 }
 
 lmStatus CorvDevice::boundedMove(const CorvConfig& i_from, const CorvConfig& i_to, double i_rest,
                                  const std::vector<double>& i_derivatives, std::vector<double>& io_maxDistances,
                                  double& o_advance, bool& o_hitsEnd) const
 {
-  const CCache& cache = updateCache();
   const auto isNaN = [](double i_distance) { return std::isnan(i_distance); };
   const bool haveSameSpace =
     i_from.space() && i_to.space() && &i_from.space()->unwrapped() == &i_to.space()->unwrapped();
-  if (!haveSameSpace || io_maxDistances.size() != cache.bodies.size() ||
-      std::any_of(io_maxDistances.begin(), io_maxDistances.end(), isNaN))
+  CorvMotionBound bound;
+  if (!haveSameSpace || !isUsableRest(i_rest) || io_maxDistances.size() != countBodies() ||
+      std::any_of(io_maxDistances.begin(), io_maxDistances.end(), isNaN) ||
+      bound.set(*this, i_from, i_derivatives).failed())
     return lmStatus::FAILURE;
-  const double* values = nullptr;
-  const double* rates = nullptr;
-  lmStatus status = readMotion(i_from, i_rest, i_derivatives, values, rates);
-  if (status.succeeded())
-    status = cache.table->boundedMove(values, rates, i_rest, io_maxDistances.data(), o_advance);
-  if (status.succeeded())
-    o_hitsEnd = o_advance == i_rest;
-  return status;
+  o_advance = bound.advance(io_maxDistances.data(), i_rest);
+  o_hitsEnd = o_advance == i_rest;
+  return lmStatus();
 }
 
 lmStatus CorvDevice::boundDisplacements(const CorvConfig& i_from, double i_rest,
                                         const std::vector<double>& i_derivatives, std::vector<double>& o_moved) const
 {
-  const CCache& cache = updateCache();
-  const double* values = nullptr;
-  const double* rates = nullptr;
-  const lmStatus status = readMotion(i_from, i_rest, i_derivatives, values, rates);
-  if (status.failed())
-    return status;
-  o_moved.resize(cache.bodies.size());
-  return cache.table->boundDisplacements(values, rates, i_rest, o_moved.data());
+  CorvMotionBound bound;
+  if (!isUsableRest(i_rest) || bound.set(*this, i_from, i_derivatives).failed())
+    return lmStatus::FAILURE;
+  o_moved.resize(bound.countBodies());
+  bound.displacements(i_rest, o_moved.data());
+  return lmStatus();
 }
 
 CorvConfigSpaceShPtr CorvDevice::configSpace() const

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <typeinfo>
 
@@ -362,40 +363,50 @@ lmStatus CorvDeviceTable::prepare(const double* i_values, const double* i_rates)
   return lmStatus();
 }
 
-lmStatus CorvDeviceTable::boundedMove(const double* i_values, const double* i_rates, double i_rest,
-                                      double* io_maxDistances, double& o_advance) const
+/// The longest advance at which no body exceeds its allowance. Leaves the bounds of the bodies that are limited, and 0
+/// for the others.
+double CorvDeviceTable::longestAdvance(const double* i_allowances, double i_rest) const
 {
-  const lmStatus status = prepare(i_values, i_rates);
-  if (status.failed())
-    return status;
   double advance = i_rest;
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
     m_bounds[b] = CBound{0.0, 0.0};
-    if (std::isinf(io_maxDistances[b]) && io_maxDistances[b] > 0.0)
+    if (std::isinf(i_allowances[b]) && i_allowances[b] > 0.0)
       continue;
     setLevers(m_bodies[b]);
     m_bounds[b] = boundOf(m_bodies[b]);
-    advance = std::min(advance, advanceWithin(std::max(io_maxDistances[b], 0.0), m_bodies[b], m_bounds[b], advance));
+    advance = std::min(advance, bodyAdvance(std::max(i_allowances[b], 0.0), m_bodies[b], m_bounds[b], advance));
   }
+  return advance;
+}
 
+double CorvDeviceTable::advanceWithin(const double* i_values, const double* i_rates, const double* i_allowances,
+                                      double i_rest) const
+{
+  return prepare(i_values, i_rates).succeeded() ? longestAdvance(i_allowances, i_rest) : 0.0;
+}
+
+double CorvDeviceTable::advance(const double* i_values, const double* i_rates, double* io_allowances,
+                                double i_rest) const
+{
+  const double advance = advanceWithin(i_values, i_rates, io_allowances, i_rest);
   setAdvance(advance);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
     double slope;
     if (m_bounds[b].slopeAtZero > 0.0)
-      io_maxDistances[b] = std::max(0.0, io_maxDistances[b] - displacement(m_bodies[b], m_bounds[b], slope));
+      io_allowances[b] = std::max(0.0, io_allowances[b] - displacement(m_bodies[b], m_bounds[b], slope));
   }
-  o_advance = advance;
-  return lmStatus();
+  return advance;
 }
 
-lmStatus CorvDeviceTable::boundDisplacements(const double* i_values, const double* i_rates, double i_rest,
-                                             double* o_moved) const
+void CorvDeviceTable::displacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const
 {
-  const lmStatus status = prepare(i_values, i_rates);
-  if (status.failed())
-    return status;
+  if (prepare(i_values, i_rates).failed())
+  {
+    std::fill(o_moved, o_moved + m_bodies.size(), std::numeric_limits<double>::infinity());
+    return;
+  }
   setAdvance(i_rest);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
@@ -403,7 +414,6 @@ lmStatus CorvDeviceTable::boundDisplacements(const double* i_values, const doubl
     double slope;
     o_moved[b] = displacement(m_bodies[b], boundOf(m_bodies[b]), slope);
   }
-  return status;
 }
 
 /// Sets all of a motion but its axes.
@@ -604,8 +614,8 @@ double CorvDeviceTable::displacement(const CBodyRow& i_body, const CBound& i_bou
 
 /// The longest advance found, up to `i_longest`, at which the bound does not exceed an allowance. The bound is concave
 /// and 0 at 0, so Newton's steps from below never overshoot.
-double CorvDeviceTable::advanceWithin(double i_allowance, const CBodyRow& i_body, const CBound& i_bound,
-                                      double i_longest) const
+double CorvDeviceTable::bodyAdvance(double i_allowance, const CBodyRow& i_body, const CBound& i_bound,
+                                    double i_longest) const
 {
   if (i_bound.slopeAtZero * i_longest <= i_allowance)
     return i_longest;

@@ -24,12 +24,14 @@ public:
   void computeJointPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
   void computeBodyPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
 
-  /// See `CorvDevice::boundedMove`. @param i_rates finite and not below 0. @return -1, without effect, if a body's own
-  /// shape changes with dofs, or an effect tells no velocity: no bound is known then.
-  lmStatus boundedMove(const double* i_values, const double* i_rates, double i_rest, double* io_maxDistances,
-                       double& o_advance) const;
-  /// See `CorvDevice::boundDisplacements`. @return as `boundedMove`.
-  lmStatus boundDisplacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const;
+  // The questions of `CorvMotionBound`. Each first makes sure that the table stands at the values and rates.
+
+  /// @param i_rates finite and not below 0. @return -1 if a body's own shape changes with dofs, or an effect tells no
+  /// velocity: no bound is known then.
+  lmStatus prepare(const double* i_values, const double* i_rates) const;
+  double advanceWithin(const double* i_values, const double* i_rates, const double* i_allowances, double i_rest) const;
+  double advance(const double* i_values, const double* i_rates, double* io_allowances, double i_rest) const;
+  void displacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const;
 
 private:
   /// The kinds whose frames and displacements are computed here.
@@ -127,7 +129,7 @@ private:
 
   void addTerms(CBodyRow& io_body);
 
-  lmStatus prepare(const double* i_values, const double* i_rates) const;
+  double longestAdvance(const double* i_allowances, double i_rest) const;
   void place(const double* i_values) const;
   static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, ClumVect3* o_axes);
   static lmStatus setRates(const CJointRow& i_row, const double* i_rates, CMotion& io_motion);
@@ -140,7 +142,7 @@ private:
   double slopeAtZero(const CTerm& i_term) const;
   void setAdvance(double i_advance) const;
   double displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const;
-  double advanceWithin(double i_allowance, const CBodyRow& i_body, const CBound& i_bound, double i_longest) const;
+  double bodyAdvance(double i_allowance, const CBodyRow& i_body, const CBound& i_bound, double i_longest) const;
 
   std::vector<CJointRow> m_joints;
   std::vector<CBodyRow> m_bodies;

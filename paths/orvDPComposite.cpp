@@ -28,6 +28,7 @@ CorvDPComposite::CorvDPComposite(const CorvConfig& i_start, const CorvConfig& i_
                                  const CorvSteeringMethodShPtr& i_steeringMethod)
   : CorvDirectPath(i_start, i_end, i_steeringMethod), m_directPaths(i_directPaths)
 {
+  hasConstantRates(true);
 }
 
 CorvDPComposite::CorvDPComposite(const CorvDPComposite& i_other)
@@ -38,6 +39,11 @@ CorvDPComposite::CorvDPComposite(const CorvDPComposite& i_other)
   m_directPaths.resize(i_other.m_directPaths.size());
   for (unsigned int i = 0; i < m_directPaths.size(); ++i)
     m_directPaths[i] = CorvDirectPath::createCopy(i_other.m_directPaths[i]);
+}
+
+CorvDPComposite::CorvDPComposite()
+{
+  hasConstantRates(true);
 }
 
 CorvDPComposite::~CorvDPComposite() = default;

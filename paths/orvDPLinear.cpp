@@ -17,6 +17,12 @@ CorvDPLinear::CorvDPLinear(const CorvConfig& i_start, const CorvConfig& i_end,
                            const CorvSteeringMethodShPtr& i_steeringMethod)
   : CorvDirectPath(i_start, i_end, i_steeringMethod)
 {
+  hasConstantRates(true);
+}
+
+CorvDPLinear::CorvDPLinear()
+{
+  hasConstantRates(true);
 }
 
 CorvDPLinear::~CorvDPLinear() = default;

@@ -69,7 +69,8 @@ CorvDirectPath::CorvDirectPath(const CorvConfig& i_start, const CorvConfig& i_en
 CorvDirectPath::CorvDirectPath(const CorvDirectPath& i_other)
   : CorvAbstractPath(i_other), CorvValidable(i_other), m_start(i_other.m_start), m_end(i_other.m_end),
     m_steeringMethod(i_other.m_steeringMethod), m_cutStart(i_other.m_cutStart), m_cutEnd(i_other.m_cutEnd),
-    m_privateLength(i_other.m_privateLength), m_reversed(i_other.m_reversed)
+    m_privateLength(i_other.m_privateLength), m_reversed(i_other.m_reversed),
+    m_hasConstantRates(i_other.m_hasConstantRates)
 {
   if (i_other.m_extras)
     m_extras.reset(new CExtras(*i_other.m_extras));

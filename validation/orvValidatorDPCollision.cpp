@@ -1,5 +1,6 @@
 #include "validation/orvValidatorDPCollision.h"
 
+#include "foundation/lumAssert.h"
 #include "foundation/lumCoder.h"
 #include "foundation/lumDescribe.h"
 #include "foundation/lumLogManager.h"
@@ -8,6 +9,7 @@
 #include "kinematics/orvCSComposite.h"
 #include "kinematics/orvConfig.h"
 #include "kinematics/orvDevice.h"
+#include "kinematics/orvMotionBound.h"
 #include "paths/orvDirectPath.h"
 #include "validation/orvReportCfgCollision.h"
 #include "validation/orvReportDPCollision.h"
@@ -100,18 +102,63 @@ struct CorvValidatorDPCollision::CSettings
   CorvCollisionQuery tolerances; ///< of it, the tolerance and self-collision fields
 };
 
+/// Memory for one test, kept by the validator from one to the next.
+struct CorvValidatorDPCollision::CScratch
+{
+  struct CInterval
+  {
+    double from;
+    double to;
+  };
+
+  /// What the report of a configuration tells of how far its bodies may move.
+  struct CStand
+  {
+    bool areShared = false;         ///< two bodies share what they may move
+    std::vector<double> allowances; ///< by body; empty if no more than the penetration is known
+  };
+
+  ClumParameterMapShPtr params = ClumParameterMap::create();
+  CorvCollisionQuery query;
+  CorvMotionBound motion;
+  CStand stand;
+  CStand validStand;
+  std::vector<double> rates;
+  std::vector<double> allowances;
+  std::vector<CInterval> intervals;
+
+  /// Takes away what one test asked for.
+  void reset()
+  {
+    const CDPCollisionKeys& keys = dpCollisionKeys();
+    LUM_ASSERT_SUCCESS(params->setBase(ClumParameterMapConstShPtr()));
+    params->remove(keys.method).remove(keys.precision).remove(CorvCollisionQuery::parameterKey());
+    query.device = nullptr;
+    query.needs.clear();
+  }
+};
+
+CorvValidatorDPCollision::CScratchHolder::CScratchHolder() = default;
+CorvValidatorDPCollision::CScratchHolder::CScratchHolder(const CScratchHolder&)
+{
+}
+CorvValidatorDPCollision::CScratchHolder::~CScratchHolder() = default;
+
 /// One test of one direct path.
 class CorvValidatorDPCollision::CTest
 {
 public:
   CTest(const CorvValidatorDPCollision& i_validator, const CorvDirectPath& i_dp, const CSettings& i_settings,
-        const ClumParameterMapConstShPtr& i_params)
+        const ClumParameterMapConstShPtr& i_params, const CorvDeviceShPtr& i_ownDevice,
+        const CorvValidatorCfgCollisionBaseConstShPtr& i_collision, CScratch& io_scratch)
     : m_validator(i_validator), m_dp(i_dp), m_settings(i_settings), m_length(i_dp.length()), m_device(i_dp.device()),
-      m_config(i_dp.configSpace())
+      m_collision(i_collision), m_params(io_scratch.params), m_query(io_scratch.query), m_config(i_dp.configSpace()),
+      m_motion(io_scratch.motion), m_stand(io_scratch.stand), m_validStand(io_scratch.validStand),
+      m_rates(io_scratch.rates), m_allowances(io_scratch.allowances), m_intervals(io_scratch.intervals)
   {
     if (!m_device)
-      m_device = i_validator.device();
-    m_collision = findCfgCollision(i_validator.m_cfgValidator, i_dp.configSpace());
+      m_device = i_ownDevice;
+    m_rates.clear();
     makeParameters(i_params);
     if (m_collision)
       m_collision->willTestMotion();
@@ -153,11 +200,8 @@ public:
   }
 
 private:
-  struct CInterval
-  {
-    double from;
-    double to;
-  };
+  using CInterval = CScratch::CInterval;
+  using CStand = CScratch::CStand;
 
   void setMark(const std::string& i_mark, double i_param, const CorvConfig& i_config) const
   {
@@ -171,16 +215,18 @@ private:
   void makeParameters(const ClumParameterMapConstShPtr& i_params)
   {
     const CDPCollisionKeys& keys = dpCollisionKeys();
-    m_params = ClumParameterMap::createWithBase(i_params);
+    LUM_ASSERT_SUCCESS(m_params->setBase(i_params));
     m_params->setBool(keys.reportsMaxAllowable, true);
-    const bool wantsExactDistance = isExact() || m_validator.m_alwaysUseExactDistance;
-    if (wantsExactDistance)
+    if (isExact() || m_validator.m_alwaysUseExactDistance)
       m_params->setInt(keys.method, CorvCollisionQuery::EXACT_DISTANCE)
         .setDouble(keys.precision, m_validator.m_exactDistancePrecision);
     const CorvDeviceShPtr collisionDevice = m_collision ? m_collision->device() : CorvDeviceShPtr();
     if (!collisionDevice || collisionDevice != m_device)
       return;
+    std::vector<double> needs;
+    needs.swap(m_query.needs);
     m_query = m_collision->makeQuery(m_params);
+    m_query.needs.swap(needs);
     m_query.device = m_device.get();
     m_query.slack = slack();
     m_query.isExact = isExact();
@@ -190,24 +236,27 @@ private:
 
   // Questions about configurations.
 
+  /// Makes `m_motion` the bound on motions from a configuration on the stretch between two distances.
+  bool bindMotion(const CorvConfig& i_config, double i_from, double i_to)
+  {
+    if (!m_device)
+      return false;
+    if (m_rates.empty() || !m_dp.hasConstantRates())
+      m_dp.maxAbsoluteDerivative(m_dp.publicToPrivateDistance(i_from), m_dp.publicToPrivateDistance(i_to), m_rates);
+    return m_motion.set(*m_device, i_config, m_rates).succeeded();
+  }
+
   /// Tells the collision layer how far each body can move at all on the stretch from `i_from` to `i_to` around `i_t`.
   void setNeeds(const CorvConfig& i_config, double i_t, double i_from, double i_to)
   {
+    m_isBound = bindMotion(i_config, i_from, i_to);
     m_query.needs.clear();
-    if (!m_query.isProof())
+    if (!m_query.isProof() || !m_isBound)
       return;
-    const double reach = std::max(i_t - i_from, i_to - i_t);
-    fillRates(i_from, i_to);
-    if (m_device->boundDisplacements(i_config, reach, m_rates, m_moved).failed())
-      return;
-    m_query.needs.resize(m_moved.size());
-    for (std::size_t i = 0; i < m_moved.size(); ++i)
-      m_query.needs[i] = m_moved[i] * NEED_FACTOR;
-  }
-
-  void fillRates(double i_from, double i_to)
-  {
-    m_dp.maxAbsoluteDerivative(m_dp.publicToPrivateDistance(i_from), m_dp.publicToPrivateDistance(i_to), m_rates);
+    m_query.needs.resize(m_motion.countBodies());
+    m_motion.displacements(std::max(i_t - i_from, i_to - i_t), m_query.needs.data());
+    for (double& need : m_query.needs)
+      need *= NEED_FACTOR;
   }
 
   void validate(const CorvConfig& i_config)
@@ -225,62 +274,68 @@ private:
     m_collision->validate(i_config, m_params);
   }
 
-  CorvValidationReportConstShPtr collisionReport(const CorvConfig& i_config) const
+  /// Takes what the report of a configuration tells, which is up to date: somebody has just asked for it.
+  void readStand(const CorvConfig& i_config)
   {
-    return m_collision ? m_collision->upToDateReportFrom(i_config, m_params) : CorvValidationReportConstShPtr();
+    m_stand.allowances.clear();
+    m_isClear = false;
+    if (!m_collision)
+      return;
+    const CorvValidationReportConstShPtr stored = m_collision->pool()
+                                                    ? m_collision->upToDateReportFrom(i_config, m_params)
+                                                    : i_config.keyedReport(m_collision->nameKey());
+    const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(stored.get());
+    if (!report)
+      return;
+    if (isExact())
+      m_isClear = areDistancesClear(*report);
+    if (!m_query.isProof() || !report->isValid() || report->countAllowances() != m_device->countBodies())
+      return;
+    m_stand.areShared = report->sharesDistances();
+    for (unsigned int i = 0; i < report->countAllowances(); ++i)
+      m_stand.allowances.push_back(report->allowance(i));
+  }
+
+  bool areDistancesClear(const CorvReportCfgCollision& i_report) const
+  {
+    for (unsigned int i = 0; i < i_report.countDistances(); ++i)
+      if (!(i_report.distance(i) > m_validator.m_zeroPenetrationSag))
+        return false;
+    return i_report.countDistances() > 0;
   }
 
   /// At penetration 0 a configuration must be proved clear by distances.
   bool isConfigValid(const CorvConfig& i_config) const
   {
-    if (!i_config.isValid())
-      return false;
-    if (!isExact())
-      return true;
-    const CorvValidationReportConstShPtr stored = collisionReport(i_config);
-    const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(stored.get());
-    const unsigned int count = report ? report->countDistances() : 0;
-    for (unsigned int i = 0; i < count; ++i)
-      if (!(report->distance(i) > m_validator.m_zeroPenetrationSag))
-        return false;
-    return count > 0 || (m_device && m_device->countBodies() == 0);
+    return i_config.isValid() && (!isExact() || m_isClear || (m_device && m_device->countBodies() == 0));
   }
 
-  /// The length that each body may move from a configuration.
-  /// @param i_extra added to the penetration; two bodies that move towards each other share it.
-  void getConfigDistances(const CorvConfig& i_config, double i_extra, std::vector<double>& o_distances) const
-  {
-    const CorvValidationReportConstShPtr stored = collisionReport(i_config);
-    const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(stored.get());
-    const unsigned int count = m_device->countBodies();
-    const bool hasAllowances = m_query.isProof() && report && report->isValid() && report->countAllowances() == count;
-    o_distances.assign(count, isExact() ? 0.0 : m_settings.penetration + i_extra);
-    const double extra = hasAllowances && report->sharesDistances() ? 0.5 * i_extra : i_extra;
-    for (unsigned int i = 0; hasAllowances && i < count; ++i)
-      o_distances[i] = std::max(0.0, report->allowance(i) + extra);
-  }
-
-  /// How far the path is free from `i_t` towards `i_target`. Sets the status or the lack of a bound on failure.
+  /// How far the path is free from `i_t`, where the configuration at hand is, towards `i_target`. Notes the lack of a
+  /// bound. @param i_extra added to the penetration; two bodies that move towards each other share it.
   double reach(double i_t, const CorvConfig& i_config, double i_target, double i_extra = 0.0)
   {
     if (i_t == i_target || !canGoOn())
       return i_t;
-    if (!m_device)
-    {
-      m_hasNoBound = true;
-      return i_t;
-    }
-    getConfigDistances(i_config, i_extra, m_allowances);
-    fillRates(i_t, i_target);
-    double advance = 0.0;
-    bool hitsEnd = false;
-    const lmStatus status =
-      m_device->boundedMove(i_config, i_config, std::fabs(i_target - i_t), m_rates, m_allowances, advance, hitsEnd);
-    if (status.failed())
-      m_hasNoBound = true;
-    if (status.failed() || !std::isfinite(advance))
-      return i_t;
-    return hitsEnd ? i_target : (i_target > i_t ? i_t + advance : i_t - advance);
+    if (!m_dp.hasConstantRates())
+      m_isBound = bindMotion(i_config, i_t, i_target);
+    if (m_isBound)
+      return cover(i_t, m_stand, i_target, i_extra);
+    m_hasNoBound = true;
+    return i_t;
+  }
+
+  /// The same for what is told of the configuration that `m_motion` starts at.
+  double cover(double i_t, const CStand& i_stand, double i_target, double i_extra)
+  {
+    m_allowances.assign(m_motion.countBodies(), isExact() ? 0.0 : m_settings.penetration + i_extra);
+    const double extra = i_stand.areShared ? 0.5 * i_extra : i_extra;
+    for (std::size_t i = 0; i < i_stand.allowances.size(); ++i)
+      m_allowances[i] = std::max(0.0, i_stand.allowances[i] + extra);
+    const double rest = std::fabs(i_target - i_t);
+    const double advance = m_motion.advanceWithin(m_allowances.data(), rest);
+    if (advance == rest)
+      return i_target;
+    return i_target > i_t ? i_t + advance : i_t - advance;
   }
 
   // The course of the test.
@@ -312,9 +367,13 @@ private:
   void testEnd(double i_t, const CorvConfig& i_config, bool i_isJudged, double i_from, double i_to)
   {
     setNeeds(i_config, i_t, i_from, i_to);
+    if (i_isJudged)
+      validate(i_config);
+    else
+      measure(i_config);
+    readStand(i_config);
     if (!i_isJudged)
-      return measure(i_config);
-    validate(i_config);
+      return;
     if (!i_config.isValid())
       collideAt(i_t, i_config);
     else
@@ -332,6 +391,7 @@ private:
     }
     setNeeds(m_config, i_t, i_from, i_to);
     validate(m_config);
+    readStand(m_config);
     ++m_samples;
     if (!isConfigValid(m_config))
       collideAt(i_t, m_config);
@@ -410,12 +470,10 @@ private:
         return;
       m_config = firstConfig;
     }
-    m_validParam = t;
-    m_validConfig = m_config;
+    keepValid(t);
     while (canGoOn() && t != last)
     {
       const double covered = reach(t, m_config, last);
-      const double clear = isExact() ? covered : reach(t, m_config, last, -m_settings.penetration);
       double next = isExact() ? covered : reach(t, m_config, last, m_settings.penetration);
       if (next == last && covered != last && !testsLast)
         next = covered;
@@ -424,15 +482,22 @@ private:
       const bool isLast = next == last;
       advanceTo(next, covered, last, testsLast, lastConfig);
       if (m_isColliding && m_collisionParam >= 0.0)
-        retreat(t, clear);
+        retreat(t, last, covered);
       if (!canGoOn())
         return;
       t = next;
-      m_validParam = t;
-      m_validConfig = m_config;
+      keepValid(t);
       if (!isLast && (isTimeOver() || areSamplesOver()))
         return giveUp();
     }
+  }
+
+  /// Takes the configuration at hand for the last good one.
+  void keepValid(double i_t)
+  {
+    m_validParam = i_t;
+    m_validConfig = m_config;
+    m_validStand = m_stand;
   }
 
   /// Judges what a step leads to, which is then `m_config`, and covers what is between the two samples.
@@ -448,23 +513,38 @@ private:
     if (!canGoOn())
       return;
     if (i_next == i_last)
+    {
       m_config = i_lastConfig;
+      if (!i_testsLast)
+        lookUp(m_config, i_next, from, to);
+    }
     closeGap(i_covered, i_next, isForward);
+  }
+
+  /// Takes a configuration that nobody asked about as it is.
+  void lookUp(const CorvConfig& i_config, double i_t, double i_from, double i_to)
+  {
+    setNeeds(i_config, i_t, i_from, i_to);
+    m_stand.allowances.clear();
+    if (m_collision && m_collision->upToDateReportFrom(i_config, m_params))
+      readStand(i_config);
   }
 
   /// After a collision: what the last good sample proves is worth having, so a sample before the end of that is taken
   /// for the last good one.
-  void retreat(double i_t, double i_clear)
+  void retreat(double i_t, double i_last, double i_covered)
   {
-    const double param = i_t + RETREAT * (i_clear - i_t);
+    if (!bindMotion(m_validConfig, i_t, i_last))
+      return;
+    const double clear = isExact() ? i_covered : cover(i_t, m_validStand, i_last, -m_settings.penetration);
+    const double param = i_t + RETREAT * (clear - i_t);
     if (!(std::fabs(param - i_t) > LEAST_RETREAT * m_length) || m_dp.getConfigAtDistance(param, m_config).failed())
       return;
     setNeeds(m_config, param, 0.0, m_length);
     validate(m_config);
-    if (!isConfigValid(m_config))
-      return;
-    m_validParam = param;
-    m_validConfig = m_config;
+    readStand(m_config);
+    if (isConfigValid(m_config))
+      keepValid(param);
   }
 
   bool makesHeadway(double i_t, double i_next)
@@ -483,12 +563,13 @@ private:
     const double back = reach(i_next, m_config, i_covered);
     if (!canGoOn() || back == i_covered)
       return;
-    // The samples in the gap take the place of the one at hand, with what was asked for it.
+    // The samples in the gap take the place of the one at hand.
     const CorvConfig nextConfig = m_config;
-    const std::vector<double> nextNeeds = m_query.needs;
+    const CStand nextStand = m_stand;
     bisect(i_isForward ? i_covered : back, i_isForward ? back : i_covered);
     m_config = nextConfig;
-    m_query.needs = nextNeeds;
+    m_stand = nextStand;
+    m_isBound = bindMotion(m_config, 0.0, m_length);
   }
 
   /// Where nothing bounds the motion of the bodies: samples a penetration apart. That proves nothing between them.
@@ -514,8 +595,8 @@ private:
   double m_length;
   CorvDeviceShPtr m_device;
   CorvValidatorCfgCollisionBaseConstShPtr m_collision;
-  CorvCollisionQuery m_query;
-  ClumParameterMapShPtr m_params;
+  const ClumParameterMapShPtr& m_params;
+  CorvCollisionQuery& m_query;
   ClumTime m_stopwatch;
   unsigned int m_samples = 0;
 
@@ -528,11 +609,15 @@ private:
   CorvConfig m_collisionConfig;
   CorvConfig m_validConfig;
 
-  CorvConfig m_config; ///< at the sample
-  std::vector<double> m_rates;
-  std::vector<double> m_moved;
-  std::vector<double> m_allowances;
-  std::vector<CInterval> m_intervals;
+  CorvConfig m_config;       ///< at the sample
+  CorvMotionBound& m_motion; ///< from it
+  bool m_isBound = false;    ///< the bound is known
+  CStand& m_stand;           ///< at it
+  bool m_isClear = false;    ///< it has distances, all of them beyond the sag
+  CStand& m_validStand;
+  std::vector<double>& m_rates;
+  std::vector<double>& m_allowances;
+  std::vector<CInterval>& m_intervals;
 };
 
 CorvValidatorDPCollision::CorvValidatorDPCollision() = default;
@@ -738,20 +823,32 @@ bool CorvValidatorDPCollision::doValidateDirectPath(const CorvDirectPath& i_dp,
     if (i_dp.hasMark(*mark))
       i_dp.deleteMark(*mark);
 
-  CTest test(*this, i_dp, settings, i_params);
-  test.run();
-  test.setMarks();
+  // The scratch is taken out for the time of the test: a test within it makes one of its own.
+  std::unique_ptr<CScratch> scratch = std::move(m_scratch.kept);
+  if (!scratch)
+    scratch.reset(new CScratch);
+  const CorvValidatorCfgCollisionBaseConstShPtr collision = findCfgCollision(m_cfgValidator, i_dp.configSpace());
+  bool isFree = false, isDecided = false;
+  {
+    CTest test(*this, i_dp, settings, i_params, device(), collision, *scratch);
+    test.run();
+    test.setMarks();
+    isFree = !test.isColliding();
+    isDecided = test.isDecided();
+  }
+  scratch->reset();
+  m_scratch.kept = std::move(scratch);
   ++s_countTests;
-  const CorvReportDPCollisionShPtr report = makeReport(i_dp, settings);
+  const CorvReportDPCollisionShPtr report = makeReport(i_dp, settings, collision.get());
   CorvReportDPCollision::CStamps stamps = report->stamps();
-  stamps.isDecided = test.isDecided();
+  stamps.isDecided = isDecided;
   report->stamps(stamps);
   o_report = report;
-  return !test.isColliding();
+  return isFree;
 }
 
-CorvReportDPCollisionShPtr CorvValidatorDPCollision::makeReport(const CorvDirectPath& i_dp,
-                                                                const CSettings& i_settings) const
+CorvReportDPCollisionShPtr CorvValidatorDPCollision::makeReport(const CorvDirectPath& i_dp, const CSettings& i_settings,
+                                                                const CorvValidatorCfgCollisionBase* i_collision) const
 {
   const CorvReportDPCollisionShPtr report = CorvReportDPCollision::create();
   report->penetration(i_settings.penetration);
@@ -764,10 +861,9 @@ CorvReportDPCollisionShPtr CorvValidatorDPCollision::makeReport(const CorvDirect
   stamps.testsSelfCollision = i_settings.tolerances.testsSelfCollision;
   if (const CorvDeviceShPtr owner = device())
   {
-    const CorvValidatorCfgCollisionBaseConstShPtr collision = findCfgCollision(m_cfgValidator, i_dp.configSpace());
     stamps.device = owner->version();
     stamps.bodies = CorvValidatorCfgCollisionBase::bodiesVersionSum(*owner);
-    stamps.scene = collision ? collision->sceneStamp() : 0;
+    stamps.scene = i_collision ? i_collision->sceneStamp() : 0;
     const std::vector<CorvBodyShPtr>& bodies = owner->bodyVector();
     for (unsigned int i = 0; i < bodies.size(); ++i)
     {
@@ -808,7 +904,8 @@ bool CorvValidatorDPCollision::shouldRevalidateDirectPath(const CorvDirectPath& 
   if (!report)
     return true;
   const CSettings settings = readSettings(i_params);
-  const CorvReportDPCollisionConstShPtr now = makeReport(i_dp, settings);
+  const CorvReportDPCollisionConstShPtr now =
+    makeReport(i_dp, settings, findCfgCollision(m_cfgValidator, i_dp.configSpace()).get());
   const CorvReportDPCollision::CStamps& made = report->stamps();
   const CorvReportDPCollision::CStamps& asked = now->stamps();
   if (!made.isDecided || made.device != asked.device || made.bodies != asked.bodies || made.scene != asked.scene ||

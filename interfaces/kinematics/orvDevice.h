@@ -13,6 +13,7 @@
 #include <vector>
 
 class CorvConfig;
+class CorvDeviceTable;
 
 /// The mechanism that a client plans for: a tree of joints, obstacles around it, extra dofs, a current configuration,
 /// and the defaults of planning: metric, steering method and validators.
@@ -250,6 +251,7 @@ protected:
 
 private:
   friend class CorvJoint;
+  friend class CorvMotionBound;
   struct CCache;
 
   const CCache& updateCache() const;
@@ -266,8 +268,8 @@ private:
   void rebuildDeviceGroups();
   lmStatus firstRankIn(const CorvConfig& i_config, unsigned int& o_rank) const;
   bool hasUnboundedDof(const CorvConfig& i_config) const;
-  lmStatus readMotion(const CorvConfig& i_from, double i_rest, const std::vector<double>& i_derivatives,
-                      const double*& o_values, const double*& o_rates) const;
+  lmStatus readMotion(const CorvConfig& i_from, const std::vector<double>& i_derivatives, const double*& o_values,
+                      const double*& o_rates, ShPtr<const CorvDeviceTable>& io_table) const;
 
   CorvCSCompositeShPtr m_configSpace;
   mutable CorvCSDeviceWrapperWkPtr m_wrapperSpace;

@@ -39,7 +39,7 @@ public:
   lmStatus initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self) override;
 
 protected:
-  CorvDPComposite() = default;
+  CorvDPComposite();
   CorvDPComposite(const CorvConfig& i_start, const CorvConfig& i_end,
                   const std::vector<CorvDirectPathShPtr>& i_directPaths,
                   const CorvSteeringMethodShPtr& i_steeringMethod);

@@ -25,7 +25,7 @@ public:
   void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
 
 protected:
-  CorvDPLinear() = default;
+  CorvDPLinear();
   CorvDPLinear(const CorvConfig& i_start, const CorvConfig& i_end, const CorvSteeringMethodShPtr& i_steeringMethod);
   CorvDPLinear(const CorvDPLinear&) = default;
   lmStatus init(const CorvDPLinearWkPtr& i_weakPtr);

@@ -65,6 +65,8 @@ public:
 
   /// Upper bounds of the absolute rate of each dof with respect to distance, between two *private* distances.
   virtual void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const = 0;
+  /// True if these are the same between any two distances.
+  bool hasConstantRates() const { return m_hasConstantRates; }
 
   /// Converts all configurations that the path holds. Stops at the first failure.
   virtual lmStatus convert(const CorvConfigSpaceShPtr& i_space);
@@ -132,6 +134,8 @@ protected:
   bool isWindowWhole() const { return m_cutStart == 0.0 && m_cutEnd == 0.0; }
   double cutStart() const { return m_cutStart; }
   double cutEnd() const { return m_cutEnd; }
+  /// For a class whose rates do not depend on where they are asked for; false at first.
+  void hasConstantRates(bool i_areConstant) { m_hasConstantRates = i_areConstant; }
 
 private:
   struct CExtras;
@@ -157,4 +161,5 @@ private:
   mutable double m_privateLength = -1.0;     ///< negative until it is computed
   mutable std::unique_ptr<CExtras> m_extras; ///< cached public ends and marks, made on first use
   bool m_reversed = false;
+  bool m_hasConstantRates = false;
 };

@@ -3,6 +3,7 @@
 #include "validation/orvValidator.h"
 
 #include <atomic>
+#include <memory>
 
 /// Proves a direct path free of collision, from distances at a few configurations and the bound on the bodies' motion.
 ///
@@ -102,7 +103,16 @@ protected:
 
 private:
   struct CSettings;
+  struct CScratch;
   class CTest;
+  /// Not copied with the validator.
+  struct CScratchHolder
+  {
+    CScratchHolder();
+    CScratchHolder(const CScratchHolder& i_other);
+    ~CScratchHolder();
+    std::unique_ptr<CScratch> kept;
+  };
   struct CAttributes
   {
     bool testStart;
@@ -114,7 +124,8 @@ private:
 
   CSettings readSettings(const ClumParameterMapConstShPtr& i_params) const;
   bool isJudgedElsewhere(const CorvDirectPath& i_dp, const ClumParameterMapConstShPtr& i_params) const;
-  CorvReportDPCollisionShPtr makeReport(const CorvDirectPath& i_dp, const CSettings& i_settings) const;
+  CorvReportDPCollisionShPtr makeReport(const CorvDirectPath& i_dp, const CSettings& i_settings,
+                                        const CorvValidatorCfgCollisionBase* i_collision) const;
   bool haveTolerancesChanged(const CorvReportDPCollision& i_report, const CorvReportDPCollision& i_now) const;
 
   bool m_testStart = true;
@@ -128,6 +139,7 @@ private:
   double m_zeroPenetrationSag = 1e-4;
   bool m_alwaysUseExactDistance = false;
   std::vector<CAttributes> m_savedAttributes;
+  mutable CScratchHolder m_scratch;
 
   static std::atomic<unsigned long> s_countTests;
   static std::atomic<unsigned long> s_countTestedConfigs;
