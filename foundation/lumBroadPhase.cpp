@@ -17,19 +17,37 @@
 
 namespace
 {
+/// To a node, across each axis.
+constexpr int SLABS = 64;
 constexpr double UNBOUNDED = std::numeric_limits<double>::infinity();
 constexpr float FAR = std::numeric_limits<float>::infinity();
-/// Of the coordinates' magnitude, for the rounding of a placed volume to single precision.
-constexpr double VOLUME_ROUNDING = 1.2e-7;
+/// Of a shape's own coordinates, for turning them in single precision.
+constexpr double TURN_ROUNDING = 2e-6;
+/// Of its place, which is added in double precision and rounded, as is a box made larger.
+constexpr double PLACE_ROUNDING = 2e-7;
 /// For the rounding of a gap, its square, the root and what is taken off it, in single precision.
 constexpr float GAP_ROUNDING = 1.0f - 1e-6f;
+/// For the rounding of a distance and of a box that is made larger by it, in single precision.
+constexpr float REACH_ROUNDING = 1.0f + 2e-6f;
+/// A distance within which nothing was looked at.
+constexpr float NOWHERE = -1.0f;
+/// As many items are measured one by one.
+constexpr std::size_t FEW = 4;
 /// Coordinates beyond this have no squares in single precision.
 constexpr double LARGEST_COORDINATE = 1e18;
-/// Marks an item among the children of a node that wait.
-constexpr unsigned int ITEM = 0x80000000u;
 
 /// Four numbers at once, on any machine; each operation is rounded by itself, so all machines give the same.
 typedef float TLanes __attribute__((vector_size(16)));
+typedef int TRanks __attribute__((vector_size(16)));
+
+typedef std::uint64_t TWords __attribute__((vector_size(16)));
+
+TWords wordsAt(const std::uint64_t* i_words)
+{
+  TWords words;
+  std::memcpy(&words, i_words, sizeof words);
+  return words;
+}
 
 TLanes lanesAt(const float* i_values)
 {
@@ -43,47 +61,61 @@ TLanes lanesOf(float i_value)
   return TLanes{i_value, i_value, i_value, i_value};
 }
 
+/// The second where one is no number.
 TLanes largerLanes(TLanes i_a, TLanes i_b)
 {
+#ifdef __SSE2__
+  return _mm_max_ps(i_a, i_b);
+#else
   return i_a > i_b ? i_a : i_b;
-}
-
-TLanes rootsOf(TLanes i_squares)
-{
-#ifdef __SSE2__
-  return _mm_sqrt_ps(i_squares);
-#else
-  return TLanes{std::sqrt(i_squares[0]), std::sqrt(i_squares[1]), std::sqrt(i_squares[2]), std::sqrt(i_squares[3])};
 #endif
 }
 
-/// A bit for each lane that is not above the limit.
-unsigned int lanesWithin(TLanes i_lanes, float i_limit)
+TLanes smallerLanes(TLanes i_a, TLanes i_b)
 {
 #ifdef __SSE2__
-  return static_cast<unsigned int>(_mm_movemask_ps(_mm_cmple_ps(i_lanes, lanesOf(i_limit))));
+  return _mm_min_ps(i_a, i_b);
 #else
-  unsigned int bits = 0;
-  for (unsigned int i = 0; i < 4; ++i)
-    bits |= i_lanes[i] <= i_limit ? 1u << i : 0u;
-  return bits;
+  return i_a < i_b ? i_a : i_b;
 #endif
 }
 
-/// The next float that is not above, and not below.
-float floatBelow(double i_value)
+TLanes absoluteLanes(TLanes i_lanes)
 {
-  const float value = static_cast<float>(i_value);
-  return value > i_value ? std::nextafter(value, -FAR) : value;
+  const TRanks bits = reinterpret_cast<TRanks>(i_lanes) & 0x7fffffff;
+  return reinterpret_cast<TLanes>(bits);
 }
 
-float floatAbove(double i_value)
+/// Three doubles and a fourth, rounded.
+TLanes columnAt(const double* i_column)
 {
-  return -floatBelow(-i_value);
+#ifdef __SSE2__
+  return _mm_movelh_ps(_mm_cvtpd_ps(_mm_loadu_pd(i_column)), _mm_cvtpd_ps(_mm_loadu_pd(i_column + 2)));
+#else
+  return TLanes{float(i_column[0]), float(i_column[1]), float(i_column[2]), float(i_column[3])};
+#endif
 }
 
-/// An entry of the heaps: the bits of a float, changed so that they have its order, above a rank.
-std::uint64_t entryOf(float i_lower, std::uint32_t i_rank)
+/// Adds a column of doubles, of which the sum has the precision until it is rounded.
+TLanes movedBy(const double* i_column, TLanes i_lanes)
+{
+#ifdef __SSE2__
+  const __m128d first = _mm_add_pd(_mm_loadu_pd(i_column), _mm_cvtps_pd(i_lanes));
+  const __m128d last = _mm_add_pd(_mm_loadu_pd(i_column + 2), _mm_cvtps_pd(_mm_movehl_ps(i_lanes, i_lanes)));
+  return _mm_movelh_ps(_mm_cvtpd_ps(first), _mm_cvtpd_ps(last));
+#else
+  return TLanes{float(i_column[0] + i_lanes[0]), float(i_column[1] + i_lanes[1]), float(i_column[2] + i_lanes[2]),
+                float(i_column[3] + i_lanes[3])};
+#endif
+}
+
+void store(float* o_numbers, TLanes i_lanes)
+{
+  std::memcpy(o_numbers, &i_lanes, sizeof i_lanes);
+}
+
+/// An entry of what waits: the bits of a float, changed so that they have its order, above a rank.
+std::uint64_t entryOf(float i_lower, std::size_t i_rank)
 {
   std::uint32_t bits = 0;
   std::memcpy(&bits, &i_lower, sizeof bits);
@@ -105,6 +137,13 @@ std::uint32_t rankOf(std::uint64_t i_entry)
   return static_cast<std::uint32_t>(i_entry);
 }
 
+/// A float that is not above.
+float floatBelow(double i_value)
+{
+  const float value = static_cast<float>(i_value);
+  return value > i_value ? std::nextafter(value, -FAR) : value;
+}
+
 using TNearestOnTop = std::greater<std::uint64_t>;
 } // namespace
 
@@ -115,15 +154,20 @@ unsigned int ClumBroadPhase::addShape(const ClumCollisionModel& i_model, const C
 {
   ClumPoint3 lowest, highest;
   i_leaf.getBoundingBox(lowest, highest);
-  CShape shape;
-  shape.halfSize = (highest - lowest) * 0.5;
-  shape.boxCenter = lowest + shape.halfSize;
-  shape.ballCenter = i_model.center();
-  shape.radius = i_model.radius();
-  shape.body = i_body;
-  shape.tree = NO_TREE;
-  shape.firstPair = 0;
-  m_shapes.push_back(shape);
+  CFrame frame;
+  double magnitude = 2.0 * i_model.radius();
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    const double boxCenter = 0.5 * (lowest[k] + highest[k]);
+    frame.halfSize[k] = static_cast<float>(0.5 * (highest[k] - lowest[k]));
+    frame.boxCenter[k] = static_cast<float>(boxCenter);
+    frame.ballCenter[k] = static_cast<float>(i_model.center()[k]);
+    magnitude += std::fabs(boxCenter);
+  }
+  frame.radius = static_cast<float>(i_model.radius());
+  frame.reach = static_cast<float>(i_model.radius() + TURN_ROUNDING * magnitude);
+  m_frames.push_back(frame);
+  m_shapes.push_back({{}, false, i_body, NO_TREE, 0});
   const unsigned int rank = countShapes() - 1;
   if (i_body != NO_BODY)
     m_movingShapes.push_back(rank);
@@ -151,45 +195,67 @@ void ClumBroadPhase::build()
     if (bodyOf(still) == NO_BODY && bodyOf(moving) != NO_BODY)
       rows[moving].emplace_back(still, i);
   }
+  for (unsigned int shape = 0; shape < countShapes(); ++shape)
+    volumeOf(shape);
   m_trees.clear();
   m_nodes.clear();
+  m_rows.clear();
+  m_items.clear();
   m_rowPairs.clear();
   std::map<std::vector<unsigned int>, unsigned int> known;
   for (const unsigned int moving : m_movingShapes)
   {
     std::sort(rows[moving].begin(), rows[moving].end());
     std::vector<unsigned int> stills;
-    m_shapes[moving].firstPair = static_cast<unsigned int>(m_rowPairs.size());
     for (const auto& [still, pair] : rows[moving])
-    {
       stills.push_back(still);
-      m_rowPairs.push_back(pair);
-    }
     if (stills.empty())
       continue;
     const auto found = known.find(stills);
-    m_shapes[moving].tree = found != known.end() ? found->second : known[stills] = treeOver(stills);
+    CShape& shape = m_shapes[moving];
+    shape.tree = found != known.end() ? found->second : known[stills] = treeOver(stills);
+    shape.firstPair = static_cast<unsigned int>(m_rowPairs.size()) - m_trees[shape.tree].firstItem;
+    for (const unsigned int rank : m_trees[shape.tree].ranks)
+      m_rowPairs.push_back(rows[moving][rank].second);
   }
 }
 
-unsigned int ClumBroadPhase::treeOver(std::vector<unsigned int>& io_shapes)
+unsigned int ClumBroadPhase::treeOver(const std::vector<unsigned int>& i_shapes)
 {
   CTree tree;
-  tree.shapes = io_shapes;
-  std::vector<unsigned int> items(io_shapes.size());
-  std::iota(items.begin(), items.end(), 0u);
-  tree.root = makeNode(tree, items, 0, items.size());
+  tree.shapes = i_shapes;
+  tree.ranks.resize(i_shapes.size());
+  std::iota(tree.ranks.begin(), tree.ranks.end(), 0u);
+  tree.firstItem = static_cast<unsigned int>(m_items.size());
+  const CNode root = makeNode(tree, 0, tree.ranks.size());
+  tree.root = static_cast<unsigned int>(m_nodes.size());
+  m_nodes.push_back(root);
+  for (const unsigned int rank : tree.ranks)
+    m_items.push_back(still(tree, rank));
+
+  // Half the side of the cells, if as many filled a cube over it all.
+  float longest = 0.0f;
+  for (unsigned int k = 0; k < 3; ++k)
+    longest = std::max(longest, root.scale[k] > 0.0f ? SLABS / root.scale[k] : 0.0f);
+  unsigned int side = 1;
+  while (std::size_t(side) * side * side < i_shapes.size())
+    ++side;
+  tree.spacing = longest > 0.0f ? 0.5f * longest / static_cast<float>(side) : FAR;
   m_trees.push_back(tree);
   return static_cast<unsigned int>(m_trees.size()) - 1;
 }
 
-ClumBroadPhase::CVolume ClumBroadPhase::volumeOf(const CTree& i_tree, const std::vector<unsigned int>& i_items,
-                                                 std::size_t i_begin, std::size_t i_end) const
+const ClumBroadPhase::CVolume& ClumBroadPhase::still(const CTree& i_tree, unsigned int i_rank) const
 {
-  CVolume volume = m_shapes[i_tree.shapes[i_items[i_begin]]].volume;
+  return m_shapes[i_tree.shapes[i_rank]].volume;
+}
+
+ClumBroadPhase::CVolume ClumBroadPhase::boxAround(const CTree& i_tree, std::size_t i_begin, std::size_t i_end) const
+{
+  CVolume volume = still(i_tree, i_tree.ranks[i_begin]);
   for (std::size_t i = i_begin + 1; i < i_end; ++i)
   {
-    const CVolume& other = m_shapes[i_tree.shapes[i_items[i]]].volume;
+    const CVolume& other = still(i_tree, i_tree.ranks[i]);
     for (unsigned int k = 0; k < 3; ++k)
     {
       volume.low[k] = std::min(volume.low[k], other.low[k]);
@@ -199,19 +265,18 @@ ClumBroadPhase::CVolume ClumBroadPhase::volumeOf(const CTree& i_tree, const std:
   return volume;
 }
 
-float ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const
+float ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_rank, unsigned int i_axis) const
 {
-  const CVolume& volume = m_shapes[i_tree.shapes[i_item]].volume;
+  const CVolume& volume = still(i_tree, i_rank);
   const float sum = volume.low[i_axis] + volume.high[i_axis];
   return std::isfinite(sum) ? sum : 0.0f;
 }
 
 /// Sorts some items along the side on which their middles are the farthest apart.
-void ClumBroadPhase::sortAcross(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
-                                std::size_t i_end) const
+void ClumBroadPhase::sortAcross(CTree& io_tree, std::size_t i_begin, std::size_t i_end) const
 {
-  const auto from = io_items.begin() + static_cast<std::ptrdiff_t>(i_begin);
-  const auto to = io_items.begin() + static_cast<std::ptrdiff_t>(i_end);
+  const auto from = io_tree.ranks.begin() + static_cast<std::ptrdiff_t>(i_begin);
+  const auto to = io_tree.ranks.begin() + static_cast<std::ptrdiff_t>(i_end);
   unsigned int axis = 0;
   float longest = -1.0f;
   for (unsigned int k = 0; k < 3; ++k)
@@ -219,8 +284,8 @@ void ClumBroadPhase::sortAcross(const CTree& i_tree, std::vector<unsigned int>& 
     float low = std::numeric_limits<float>::max(), high = -low;
     for (auto item = from; item != to; ++item)
     {
-      low = std::min(low, middleOf(i_tree, *item, k));
-      high = std::max(high, middleOf(i_tree, *item, k));
+      low = std::min(low, middleOf(io_tree, *item, k));
+      high = std::max(high, middleOf(io_tree, *item, k));
     }
     if (high - low > longest)
     {
@@ -231,100 +296,181 @@ void ClumBroadPhase::sortAcross(const CTree& i_tree, std::vector<unsigned int>& 
   std::sort(from, to,
             [&](unsigned int i_a, unsigned int i_b)
             {
-              const float a = middleOf(i_tree, i_a, axis), b = middleOf(i_tree, i_b, axis);
+              const float a = middleOf(io_tree, i_a, axis), b = middleOf(io_tree, i_b, axis);
               return a < b || (a == b && i_a < i_b);
             });
 }
 
 /// Cuts a range of items into parts of about the same size, each across its longest side.
-void ClumBroadPhase::cut(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
-                         std::size_t i_end, std::size_t i_countParts, std::vector<std::size_t>& io_ends) const
+void ClumBroadPhase::cut(CTree& io_tree, std::size_t i_begin, std::size_t i_end, std::size_t i_countParts,
+                         std::vector<std::size_t>& io_ends) const
 {
   if (i_countParts == 1)
     return io_ends.push_back(i_end);
-  sortAcross(i_tree, io_items, i_begin, i_end);
+  sortAcross(io_tree, i_begin, i_end);
   const std::size_t low = i_countParts / 2;
   const std::size_t middle = i_begin + (i_end - i_begin) * low / i_countParts;
-  cut(i_tree, io_items, i_begin, middle, low, io_ends);
-  cut(i_tree, io_items, middle, i_end, i_countParts - low, io_ends);
+  cut(io_tree, i_begin, middle, low, io_ends);
+  cut(io_tree, middle, i_end, i_countParts - low, io_ends);
 }
 
-/// The nodes at the bottom hold items; all lie at one depth and are filled as evenly as can be.
-unsigned int ClumBroadPhase::makeNode(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
-                                      std::size_t i_end)
+/// A node over some items, with all below it; those at the bottom hold the items, lie at one depth and are filled as
+/// evenly as can be.
+ClumBroadPhase::CNode ClumBroadPhase::makeNode(CTree& io_tree, std::size_t i_begin, std::size_t i_end)
 {
   const std::size_t count = i_end - i_begin;
-  const bool isBottom = count <= FANOUT;
-  std::size_t part = 1;
-  while (part * FANOUT < count)
-    part *= FANOUT;
-  std::vector<std::size_t> cuts = {i_begin};
-  cut(i_tree, io_items, i_begin, i_end, (count + part - 1) / part, cuts);
-
   CNode node = {};
+  node.isBottom = count <= FANOUT;
+  std::vector<CVolume> volumes;
+  if (node.isBottom)
+  {
+    node.firstChild = io_tree.firstItem + static_cast<unsigned int>(i_begin);
+    for (std::size_t i = i_begin; i < i_end; ++i)
+      volumes.push_back(still(io_tree, io_tree.ranks[i]));
+  }
+  else
+  {
+    std::size_t part = FANOUT;
+    while (part * FANOUT < count)
+      part *= FANOUT;
+    std::vector<std::size_t> cuts = {i_begin};
+    cut(io_tree, i_begin, i_end, (count + part - 1) / part, cuts);
+    std::vector<CNode> children;
+    for (std::size_t child = 0; child + 1 < cuts.size(); ++child)
+    {
+      children.push_back(makeNode(io_tree, cuts[child], cuts[child + 1]));
+      volumes.push_back(boxAround(io_tree, cuts[child], cuts[child + 1]));
+    }
+    node.firstChild = static_cast<unsigned int>(m_nodes.size());
+    m_nodes.insert(m_nodes.end(), children.begin(), children.end());
+  }
+  makeRows(node, volumes);
+  return node;
+}
+
+namespace
+{
+/// Ranks of the slabs in which something begins; the first where that cannot be told. They rise with what is rounded.
+TRanks firstSlabs(TLanes i_low, TLanes i_origin, TLanes i_scale)
+{
+  const TLanes at = largerLanes((i_low - i_origin) * i_scale, lanesOf(0.0f));
+  return __builtin_convertvector(smallerLanes(at, lanesOf(SLABS - 1.0f)), TRanks);
+}
+
+/// Those in which it ends; the last where that cannot be told.
+TRanks lastSlabs(TLanes i_high, TLanes i_origin, TLanes i_scale)
+{
+  const TLanes at = smallerLanes((i_high - i_origin) * i_scale, lanesOf(SLABS - 1.0f));
+  return __builtin_convertvector(largerLanes(at, lanesOf(0.0f)), TRanks);
+}
+} // namespace
+
+/// Of each axis, for each slab, a row of bits for the children that begin in it or before, and then for those that end
+/// in it or behind.
+void ClumBroadPhase::makeRows(CNode& io_node, const std::vector<CVolume>& i_children)
+{
   for (unsigned int k = 0; k < 3; ++k)
   {
-    std::fill(std::begin(node.low[k]), std::end(node.low[k]), FAR);
-    std::fill(std::begin(node.high[k]), std::end(node.high[k]), -FAR);
+    float low = FAR, high = -FAR;
+    for (const CVolume& child : i_children)
+    {
+      low = std::isfinite(child.low[k]) ? std::min(low, child.low[k]) : low;
+      high = std::isfinite(child.high[k]) ? std::max(high, child.high[k]) : high;
+    }
+    io_node.origin[k] = low < high ? low : 0.0f;
+    io_node.scale[k] = low < high ? SLABS / (high - low) : 0.0f;
   }
-  node.isBottom = isBottom;
-  node.count = static_cast<unsigned int>(cuts.size()) - 1;
-  for (unsigned int child = 0; child < node.count; ++child)
+  io_node.rows = m_rows.size();
+  const std::size_t words = 2 * ((i_children.size() + 2 * WORD - 1) / (2 * WORD));
+  io_node.countWords = static_cast<unsigned int>(words);
+  m_rows.resize(m_rows.size() + 6 * SLABS * words);
+  const TLanes origin = lanesAt(io_node.origin), scale = lanesAt(io_node.scale);
+  for (std::size_t child = 0; child < i_children.size(); ++child)
   {
-    const CVolume volume = volumeOf(i_tree, io_items, cuts[child], cuts[child + 1]);
-    const CShape& item = m_shapes[i_tree.shapes[io_items[cuts[child]]]];
+    const TRanks low = firstSlabs(lanesAt(i_children[child].low), origin, scale);
+    const TRanks high = lastSlabs(lanesAt(i_children[child].high), origin, scale);
+    const std::uint64_t bit = std::uint64_t(1) << child % WORD;
+    io_node.all[child / WORD] |= bit;
     for (unsigned int k = 0; k < 3; ++k)
     {
-      node.low[k][child] = volume.low[k];
-      node.high[k][child] = volume.high[k];
-      node.ballCenter[k][child] = item.center[k];
+      std::uint64_t* rows = m_rows.data() + io_node.rows + k * SLABS * words + child / WORD;
+      for (int slab = low[k]; slab < SLABS; ++slab)
+        rows[slab * words] |= bit;
+      rows += 3 * SLABS * words;
+      for (int slab = 0; slab <= high[k]; ++slab)
+        rows[slab * words] |= bit;
     }
-    node.ballReach[child] = item.reach;
-    node.children[child] = isBottom ? io_items[cuts[child]] : makeNode(i_tree, io_items, cuts[child], cuts[child + 1]);
   }
-  m_nodes.push_back(node);
-  return static_cast<unsigned int>(m_nodes.size()) - 1;
 }
+
+namespace
+{
+TLanes combinedColumns(const double* i_pose, const float* i_by)
+{
+  return lanesOf(i_by[0]) * columnAt(i_pose) + lanesOf(i_by[1]) * columnAt(i_pose + 4) +
+         lanesOf(i_by[2]) * columnAt(i_pose + 8);
+}
+} // namespace
 
 void ClumBroadPhase::place(unsigned int i_shape, const ClumMat4& i_pose)
 {
+  CFrame& frame = m_frames[i_shape];
   CShape& shape = m_shapes[i_shape];
-  shape.pose = i_pose;
-  const ClumPoint3 center = i_pose * shape.ballCenter;
-  const ClumPoint3 middle = i_pose * shape.boxCenter;
+  frame.pose = i_pose;
+  shape.hasBox = false;
   const double* m = i_pose.data();
-  double magnitude = 2.0 * shape.radius;
-  for (unsigned int k = 0; k < 3; ++k)
-    magnitude += std::fabs(shape.boxCenter[k]) + std::fabs(m[12 + k]);
-  const bool isAnywhere = !(magnitude < LARGEST_COORDINATE);
-  const double rounding = VOLUME_ROUNDING * magnitude;
-  for (unsigned int k = 0; k < 3; ++k)
-  {
-    const double half = std::fabs(m[k]) * shape.halfSize[0] + std::fabs(m[4 + k]) * shape.halfSize[1] +
-                        std::fabs(m[8 + k]) * shape.halfSize[2] + rounding;
-    const bool isKnown = !isAnywhere && std::fabs(middle[k]) + half < LARGEST_COORDINATE;
-    shape.volume.low[k] = static_cast<float>(isKnown ? middle[k] - half : -UNBOUNDED);
-    shape.volume.high[k] = static_cast<float>(isKnown ? middle[k] + half : UNBOUNDED);
-    shape.center[k] = static_cast<float>(isKnown ? center[k] : 0.0);
-  }
-  shape.reach = static_cast<float>(isAnywhere ? UNBOUNDED : shape.radius * (1.0 + VOLUME_ROUNDING) + 2.0 * rounding);
+  const double distance = std::fabs(m[12]) + std::fabs(m[13]) + std::fabs(m[14]);
+  const TLanes center = movedBy(m + 12, combinedColumns(m, frame.ballCenter));
+  store(shape.volume.ball, center);
+  shape.volume.ball[3] = frame.reach + static_cast<float>(PLACE_ROUNDING * distance);
+  const float magnitude = frame.reach + std::fabs(center[0]) + std::fabs(center[1]) + std::fabs(center[2]);
+  if (!(magnitude + distance < LARGEST_COORDINATE))
+    store(shape.volume.ball, TLanes{0.0f, 0.0f, 0.0f, FAR});
 }
 
-double ClumBroadPhase::lowerBound(unsigned int i_pair) const
+/// The volume as placed, its box within that of the ball.
+const ClumBroadPhase::CVolume& ClumBroadPhase::volumeOf(unsigned int i_shape)
 {
-  const CShape& a = m_shapes[m_pairs[i_pair].first];
-  const CShape& b = m_shapes[m_pairs[i_pair].second];
-  double gaps = 0.0, between = 0.0;
-  for (unsigned int k = 0; k < 3; ++k)
+  CShape& shape = m_shapes[i_shape];
+  if (shape.hasBox)
+    return shape.volume;
+  shape.hasBox = true;
+  CVolume& volume = shape.volume;
+  const TLanes ball = lanesAt(volume.ball), reach = lanesOf(volume.ball[3]);
+  TLanes low = ball - reach, high = ball + reach;
+  if (volume.ball[3] < FAR)
   {
-    const double below = double(a.volume.low[k]) - b.volume.high[k], above = double(b.volume.low[k]) - a.volume.high[k];
-    const double gap = std::max({below, above, 0.0});
-    const double step = double(a.center[k]) - b.center[k];
-    gaps += gap * gap;
-    between += step * step;
+    const CFrame& frame = m_frames[i_shape];
+    const double* m = frame.pose.data();
+    const TLanes middle = combinedColumns(m, frame.boxCenter);
+    const TLanes half = lanesOf(frame.halfSize[0]) * absoluteLanes(columnAt(m)) +
+                        lanesOf(frame.halfSize[1]) * absoluteLanes(columnAt(m + 4)) +
+                        lanesOf(frame.halfSize[2]) * absoluteLanes(columnAt(m + 8)) +
+                        lanesOf(volume.ball[3] - frame.radius);
+    low = largerLanes(low, movedBy(m + 12, middle - half));
+    high = smallerLanes(high, movedBy(m + 12, middle + half));
   }
-  const double ball = std::sqrt(between) * GAP_ROUNDING - (double(a.reach) + b.reach);
-  return gaps > 0.0 ? std::max(ball, std::sqrt(gaps) * GAP_ROUNDING) : ball;
+  store(volume.low, low);
+  store(volume.high, high);
+  return volume;
+}
+
+/// A lower bound of the distance: what is between the boxes or the balls, or, if the boxes meet, the balls' overlap.
+inline float ClumBroadPhase::gapBetween(const CVolume& i_a, const CVolume& i_b)
+{
+  const TLanes below = lanesAt(i_a.low) - lanesAt(i_b.high), above = lanesAt(i_b.low) - lanesAt(i_a.high);
+  const TLanes gap = largerLanes(largerLanes(below, above), lanesOf(0.0f));
+  const TLanes step = lanesAt(i_a.ball) - lanesAt(i_b.ball);
+  const TLanes gaps = gap * gap, steps = step * step;
+  const float between = std::sqrt(steps[0] + steps[1] + steps[2]) * GAP_ROUNDING;
+  const float ball = between - (i_a.ball[3] + i_b.ball[3]) * (2.0f - GAP_ROUNDING);
+  const float box = gaps[0] + gaps[1] + gaps[2];
+  return box > 0.0f ? std::max(ball, std::sqrt(box) * GAP_ROUNDING) : ball;
+}
+
+double ClumBroadPhase::lowerBound(unsigned int i_pair)
+{
+  return gapBetween(volumeOf(m_pairs[i_pair].first), volumeOf(m_pairs[i_pair].second));
 }
 
 // A walk.
@@ -336,34 +482,27 @@ void ClumBroadPhase::begin(unsigned int i_countBodies)
   m_runs.clear();
   m_nearest.clear();
   m_runBegin = 0;
+  m_latestRun = NO_RUN;
 }
 
 void ClumBroadPhase::limit(unsigned int i_body, double i_limit)
 {
   m_bodies[i_body].limit = i_limit;
-  m_bodies[i_body].reach = floatAbove(i_limit);
+  m_bodies[i_body].reach = static_cast<float>(i_limit) * REACH_ROUNDING;
 }
 
 /// Makes a run of the entries that came since the last one.
-void ClumBroadPhase::closeRun(unsigned int i_shape)
+void ClumBroadPhase::makeRun(unsigned int i_shape)
 {
-  const auto begin = m_entries.begin() + static_cast<std::ptrdiff_t>(m_runBegin);
-  if (begin == m_entries.end())
-    return;
-  std::make_heap(begin, m_entries.end(), TNearestOnTop());
-  m_nearest.push_back(entryOf(lowerOf(*begin), static_cast<std::uint32_t>(m_runs.size())));
+  const std::size_t end = m_entries.size();
+  TEntry* const first = m_entries.data() + m_runBegin;
+  for (TEntry* entry = first + 1; entry != m_entries.data() + end; ++entry)
+    if (*entry < *first)
+      std::swap(*entry, *first);
+  m_nearest.push_back(entryOf(lowerOf(*first), static_cast<std::uint32_t>(m_runs.size())));
   std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
-  m_runs.push_back({i_shape, m_runBegin, m_entries.size()});
-  m_runBegin = m_entries.size();
-}
-
-void ClumBroadPhase::follow(unsigned int i_shape)
-{
-  closeRun(NO_SHAPE);
-  const unsigned int tree = m_shapes[i_shape].tree;
-  if (tree != NO_TREE)
-    expand(i_shape, m_trees[tree].root);
-  closeRun(i_shape);
+  m_runs.push_back({i_shape, false, m_runBegin, end});
+  m_runBegin = end;
 }
 
 void ClumBroadPhase::enter(unsigned int i_pair, double i_lower)
@@ -376,91 +515,166 @@ void ClumBroadPhase::passOver(unsigned int i_body, double i_lower)
   m_bodies[i_body].unseen = std::min(m_bodies[i_body].unseen, i_lower);
 }
 
-/// Takes the children of a node that are within the limit into the walk. A branch waits only while there is no limit.
-void ClumBroadPhase::expand(unsigned int i_shape, unsigned int i_node)
+/// Marks the children that a ball made larger by a distance may meet. @return false if there are none.
+bool ClumBroadPhase::markNear(const float* i_ball, float i_distance, const CNode& i_node, TMarks& o_marks) const
 {
-  const CNode& node = m_nodes[i_node];
-  const CShape& shape = m_shapes[i_shape];
-  const float limit = m_bodies[shape.body].reach;
-  const TLanes none = lanesOf(0.0f), limits = lanesOf(limit), far = lanesOf(FAR);
-  TLanes passed = far;
-  float lowers[FANOUT];
-  unsigned int within = 0;
-  for (unsigned int half = 0; half < FANOUT; half += 4)
+  const TLanes origin = lanesAt(i_node.origin), scale = lanesAt(i_node.scale);
+  const TLanes center = lanesAt(i_ball), reach = lanesOf(i_ball[3] + i_distance);
+  const TRanks low = firstSlabs(center - reach, origin, scale);
+  const TRanks high = lastSlabs(center + reach, origin, scale);
+  const std::size_t words = i_node.countWords;
+  const std::uint64_t* const rows = m_rows.data() + i_node.rows;
+  const auto row = [=](int i_side, int i_slab)
+  { return rows + static_cast<unsigned int>(i_side * SLABS + i_slab) * words; };
+  const std::uint64_t *const beginX = row(0, high[0]), *const beginY = row(1, high[1]), *const beginZ = row(2, high[2]);
+  const std::uint64_t *const endX = row(3, low[0]), *const endY = row(4, low[1]), *const endZ = row(5, low[2]);
+  TWords any = {};
+  for (std::size_t word = 0; word < words; word += 2)
   {
-    TLanes gaps = none, steps = none;
-    for (unsigned int k = 0; k < 3; ++k)
-    {
-      const TLanes below = lanesOf(shape.volume.low[k]) - lanesAt(node.high[k] + half);
-      const TLanes above = lanesAt(node.low[k] + half) - lanesOf(shape.volume.high[k]);
-      const TLanes gap = largerLanes(largerLanes(below, above), none);
-      const TLanes step = lanesOf(shape.center[k]) - lanesAt(node.ballCenter[k] + half);
-      gaps += gap * gap;
-      steps += step * step;
-    }
-    TLanes lower = rootsOf(gaps) * lanesOf(GAP_ROUNDING);
-    if (node.isBottom)
-    {
-      const TLanes reach = lanesOf(shape.reach) + lanesAt(node.ballReach + half);
-      const TLanes ball = rootsOf(steps) * lanesOf(GAP_ROUNDING) - reach * lanesOf(2.0f - GAP_ROUNDING);
-      lower = lower > none ? largerLanes(ball, lower) : ball;
-    }
-    const TLanes beyond = lower > limits ? lower : far;
-    passed = beyond < passed ? beyond : passed;
-    within |= lanesWithin(lower, limit) << half;
-    std::memcpy(lowers + half, &lower, sizeof lower);
+    const TWords marks = wordsAt(beginX + word) & wordsAt(beginY + word) & wordsAt(beginZ + word) &
+                         wordsAt(endX + word) & wordsAt(endY + word) & wordsAt(endZ + word);
+    std::memcpy(o_marks + word, &marks, sizeof marks);
+    any |= marks;
   }
-  // Places without a child are infinitely far: they are within only where there is no limit.
-  passOver(shape.body, std::min(std::min(passed[0], passed[1]), std::min(passed[2], passed[3])));
-  within &= (1u << node.count) - 1u;
-  for (; within != 0; within &= within - 1)
-  {
-    const unsigned int child = static_cast<unsigned int>(__builtin_ctz(within));
-    if (node.isBottom)
-      m_entries.push_back(entryOf(lowers[child], node.children[child] | ITEM));
-    else if (lowers[child] > 0.0f && limit == FAR)
-      m_entries.push_back(entryOf(lowers[child], node.children[child]));
-    else
-      expand(i_shape, node.children[child]);
-  }
+  return (any[0] | any[1]) != 0;
 }
 
-unsigned int ClumBroadPhase::pairOf(unsigned int i_shape, unsigned int i_item) const
+inline void ClumBroadPhase::take(unsigned int i_shape, unsigned int i_item)
 {
-  return m_rowPairs[m_shapes[i_shape].firstPair + i_item];
+  const float lower = gapBetween(volumeOf(i_shape), m_items[i_item]);
+  const unsigned int body = bodyOf(i_shape);
+  if (lower > m_bodies[body].reach)
+    passOver(body, lower);
+  else
+    m_entries.push_back(entryOf(lower, i_item));
+}
+
+/// Lets the items that are within one distance, and not within another, wait. @return true if none is farther.
+bool ClumBroadPhase::gather(unsigned int i_shape, unsigned int i_node, float i_from, float i_to)
+{
+  const CNode& node = m_nodes[i_node];
+  const float* const ball = m_shapes[i_shape].volume.ball;
+  TMarks marks, done = {};
+  if (!markNear(ball, i_to, node, marks))
+    return false;
+  if (i_from >= 0.0f)
+    markNear(ball, i_from, node, done);
+  bool isAll = true;
+  for (unsigned int word = 0; word < node.countWords; ++word)
+  {
+    isAll = isAll && marks[word] == node.all[word];
+    for (std::uint64_t left = node.isBottom ? marks[word] & ~done[word] : marks[word]; left != 0; left &= left - 1)
+    {
+      const unsigned int child = node.firstChild + word * WORD + static_cast<unsigned int>(__builtin_ctzll(left));
+      if (node.isBottom)
+        take(i_shape, child);
+      else
+      {
+        const bool isNew = (left & -left & done[word]) == 0;
+        isAll = gather(i_shape, child, isNew ? NOWHERE : i_from, i_to) && isAll;
+      }
+    }
+  }
+  return isAll;
+}
+
+/// Looks around a shape, beyond a distance up to which it has been done already.
+void ClumBroadPhase::look(unsigned int i_shape, float i_from)
+{
+  const CShape& shape = m_shapes[i_shape];
+  const CBody& body = m_bodies[shape.body];
+  const CTree& tree = m_trees[shape.tree];
+  if (tree.ranks.size() <= FEW)
+  {
+    for (unsigned int item = 0; item < tree.ranks.size(); ++item)
+      take(i_shape, tree.firstItem + item);
+    return closeRun(i_shape);
+  }
+  const float to = i_from < 0.0f ? tree.spacing : 2.0f * i_from;
+  const bool isLast = !(to * REACH_ROUNDING < body.reach);
+  const float from = i_from * REACH_ROUNDING;
+  const bool isAll = gather(i_shape, tree.root, from, isLast ? body.reach : to * REACH_ROUNDING);
+  if (!isAll && isLast)
+    passOver(shape.body, body.limit);
+  else if (!isAll)
+    m_entries.push_back(entryOf(to, BEYOND));
+  closeRun(i_shape);
+}
+
+void ClumBroadPhase::follow(unsigned int i_shape)
+{
+  closeRun(NO_SHAPE);
+  if (m_shapes[i_shape].tree != NO_TREE)
+    look(i_shape, NOWHERE);
+}
+
+/// Takes the nearest from the run that handed it out, and what is now beyond the limit.
+void ClumBroadPhase::resumeRun()
+{
+  if (m_latestRun == NO_RUN)
+    return;
+  CRun& run = m_runs[m_latestRun];
+  TEntry* const begin = m_entries.data() + run.begin;
+  TEntry* end = m_entries.data() + run.end;
+  if (run.isHeap)
+    std::pop_heap(begin, end--, TNearestOnTop());
+  else
+  {
+    *begin = *--end;
+    if (run.shape != NO_SHAPE)
+      end = dropBeyond(begin, end, bodyOf(run.shape));
+    std::make_heap(begin, end, TNearestOnTop());
+    run.isHeap = true;
+  }
+  run.end = static_cast<std::size_t>(end - m_entries.data());
+  if (begin != end)
+  {
+    m_nearest.push_back(entryOf(lowerOf(*begin), static_cast<std::uint32_t>(m_latestRun)));
+    std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
+  }
+  m_latestRun = NO_RUN;
+}
+
+/// @return the end of what is within the body's limit.
+ClumBroadPhase::TEntry* ClumBroadPhase::dropBeyond(TEntry* i_begin, TEntry* i_end, unsigned int i_body)
+{
+  CBody& body = m_bodies[i_body];
+  TEntry* kept = i_begin;
+  for (const TEntry* entry = i_begin; entry != i_end; ++entry)
+    if (lowerOf(*entry) > body.limit)
+      passOver(i_body, lowerOf(*entry));
+    else
+      *kept++ = *entry;
+  return kept;
 }
 
 bool ClumBroadPhase::next(CCandidate& o_candidate)
 {
   closeRun(NO_SHAPE);
+  resumeRun();
   while (!m_nearest.empty())
   {
     const TEntry top = m_nearest.front();
-    CRun& run = m_runs[rankOf(top)];
-    const unsigned int shape = run.shape;
     std::pop_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
     m_nearest.pop_back();
-    if (shape != NO_SHAPE && lowerOf(top) > limit(bodyOf(shape)))
+    const float lower = lowerOf(top);
+    const CRun& run = m_runs[rankOf(top)];
+    const unsigned int shape = run.shape;
+    if (shape != NO_SHAPE && lower > limit(bodyOf(shape)))
     {
-      passOver(bodyOf(shape), lowerOf(top));
+      passOver(bodyOf(shape), lower);
       continue;
     }
-    const auto begin = m_entries.begin() + static_cast<std::ptrdiff_t>(run.begin);
-    const TEntry entry = *begin;
-    std::pop_heap(begin, m_entries.begin() + static_cast<std::ptrdiff_t>(run.end), TNearestOnTop());
-    if (--run.end != run.begin)
+    const unsigned int rank = rankOf(m_entries[run.begin]);
+    m_latestRun = rankOf(top);
+    if (shape != NO_SHAPE && rank == BEYOND)
     {
-      m_nearest.push_back(entryOf(lowerOf(*begin), rankOf(top)));
-      std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
+      resumeRun();
+      look(shape, lower);
+      continue;
     }
-    if (shape == NO_SHAPE || (rankOf(entry) & ITEM))
-    {
-      const unsigned int rank = rankOf(entry) & ~ITEM;
-      o_candidate = {lowerOf(entry), shape == NO_SHAPE ? rank : pairOf(shape, rank)};
-      return true;
-    }
-    expand(shape, rankOf(entry));
-    closeRun(shape);
+    o_candidate = {lower, shape == NO_SHAPE ? rank : m_rowPairs[m_shapes[shape].firstPair + rank]};
+    return true;
   }
   return false;
 }

@@ -9,16 +9,16 @@
 
 /// Which pairs of placed shapes can matter, nearest first.
 ///
-/// A shape belongs to a body, which moves, or stands still. Each has a ball and a box along the axes, which follow it;
-/// the shapes that stand still lie in a tree of boxes, eight to a node, one tree for every set of them that some moving
-/// shape is tested with. Bounds come from these volumes, which are held in single precision and rounded outward: a pair
-/// is never nearer than its bound.
+/// A shape belongs to a body, which moves, or stands still. Each has a box along the axes and a ball, which follow it;
+/// the shapes that stand still lie in a tree, one for every set of them that some moving shape is tested with. A node
+/// knows, for each slab of the space across each axis, which of its up to 256 children begin before it and which end
+/// behind it: six rows of bits tell which children a box meets. Bounds come from these volumes, which are held in
+/// single precision and rounded outward: a pair is never nearer than its bound.
 ///
 /// A walk asks for one configuration. Each body has a limit: pairs of it with what stands still that are farther apart
-/// are passed over, whole branches of the tree at once, and `unseen` says beyond which distance they are. The limits
-/// may be lowered between two pairs, as soon as what is known of a body settles what it can use. Pairs of two bodies
-/// are entered one by one. The order depends on the shapes alone, and nothing is allocated once a walk of that size was
-/// made.
+/// are passed over, and `unseen` says beyond which distance they are. The limits may be lowered between two pairs, as
+/// soon as what is known of a body settles what it can use. Pairs of two bodies are entered one by one. The order
+/// depends on the shapes alone, and nothing is allocated once a walk of that size was made.
 class LUM_API ClumBroadPhase
 {
 public:
@@ -47,9 +47,9 @@ public:
   const std::vector<unsigned int>& movingPairs() const { return m_movingPairs; }
 
   void place(unsigned int i_shape, const ClumMat4& i_pose);
-  const ClumMat4& pose(unsigned int i_shape) const { return m_shapes[i_shape].pose; }
+  const ClumMat4& pose(unsigned int i_shape) const { return m_frames[i_shape].pose; }
   /// A lower bound of the distance of a pair as placed, negative if the balls overlap.
-  double lowerBound(unsigned int i_pair) const;
+  double lowerBound(unsigned int i_pair);
 
   // A walk.
   /// @param i_countBodies all bodies start without a limit.
@@ -65,93 +65,122 @@ public:
   double unseen(unsigned int i_body) const { return m_bodies[i_body].unseen; }
 
 private:
-  static constexpr unsigned int FANOUT = 8;
+  static constexpr unsigned int FANOUT = 256;
+  static constexpr unsigned int WORD = 64; ///< bits
   static constexpr unsigned int NO_SHAPE = ~0u;
+  static constexpr unsigned int BEYOND = ~0u;
+  static constexpr std::size_t NO_RUN = ~std::size_t(0);
   static constexpr unsigned int NO_TREE = ~0u;
 
+  /// The last places of the corners mean nothing.
   struct CVolume
   {
-    float low[3];
-    float high[3];
+    float low[4];
+    float high[4];
+    float ball[4]; ///< centre and radius
   };
   struct CShape
   {
-    ClumMat4 pose;
-    ClumPoint3 boxCenter; ///< in its own coordinates, as `halfSize`
-    ClumVect3 halfSize;
-    ClumPoint3 ballCenter;
-    float center[3]; ///< of the ball, placed
-    float reach;     ///< its radius, and what rounding may have moved it
-    CVolume volume;  ///< placed
-    double radius;
+    CVolume volume; ///< placed
+    bool hasBox;    ///< false if only the ball is
     unsigned int body;
     unsigned int tree;      ///< of a moving shape, the rank of its tree; `NO_TREE` if it has none
-    unsigned int firstPair; ///< and of its first pair in `m_rowPairs`
+    unsigned int firstPair; ///< added to the rank of an item, the place of the pair in `m_rowPairs`
+  };
+  /// What a shape is in its own coordinates, and where these are.
+  struct CFrame
+  {
+    ClumMat4 pose;
+    float boxCenter[3];
+    float halfSize[3];
+    float ballCenter[3];
+    float radius; ///< of the ball
+    float reach;  ///< the radius, and what turning may add to it
   };
   struct CPair
   {
     unsigned int first;
     unsigned int second;
   };
+  /// A bit for each child of a node.
+  using TMarks = std::uint64_t[FANOUT / WORD];
   struct CNode
   {
-    float low[3][FANOUT];
-    float high[3][FANOUT];
-    float ballCenter[3][FANOUT]; ///< of the items
-    float ballReach[FANOUT];
-    unsigned int children[FANOUT]; ///< ranks of nodes or, at the bottom, of items
-    unsigned int count;
+    float origin[4];         ///< of the slabs, along each axis
+    float scale[4];          ///< slabs to a unit of length
+    std::size_t rows;        ///< the place of its rows of bits in `m_rows`
+    unsigned int firstChild; ///< ranks of nodes or, at the bottom, of items
+    unsigned int countWords; ///< of a row
+    TMarks all;              ///< its children
     bool isBottom;
   };
   /// The shapes that stand still which some moving shapes are tested with, and a tree over them.
   struct CTree
   {
-    std::vector<unsigned int> shapes;
+    std::vector<unsigned int> shapes; ///< in the order of addition
+    std::vector<unsigned int> ranks;  ///< among these, of the items
+    unsigned int firstItem;
     unsigned int root;
+    float spacing; ///< how far to look first
   };
   struct CBody
   {
     double limit;
     double unseen;
-    float reach; ///< the limit, rounded up
+    float reach; ///< what is farther than this by single precision is beyond the limit
   };
-  /// Branches or pairs that wait and came together: a heap of entries. Of what moves against what stands still, they
-  /// are passed over together too.
+  /// What waits and came together. Of what moves against what stands still, it falls together too. The first entry is
+  /// the nearest; the others lie in no order until it is gone, and then in a heap.
   struct CRun
   {
     unsigned int shape; ///< that moves; `NO_SHAPE` for pairs that were entered
+    bool isHeap;
     std::size_t begin;
     std::size_t end;
   };
   /// A bound in the upper half, so that entries are in its order, and in the lower half the rank of a run, of a pair
-  /// that was entered, or of a child, as in `CNode::children`.
+  /// that was entered, or of an item; `BEYOND` for all that is farther than the bound.
   using TEntry = std::uint64_t;
 
-  unsigned int treeOver(std::vector<unsigned int>& io_shapes);
-  float middleOf(const CTree& i_tree, unsigned int i_item, unsigned int i_axis) const;
-  void sortAcross(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
-                  std::size_t i_end) const;
-  void cut(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin, std::size_t i_end,
-           std::size_t i_countParts, std::vector<std::size_t>& io_ends) const;
-  unsigned int makeNode(const CTree& i_tree, std::vector<unsigned int>& io_items, std::size_t i_begin,
-                        std::size_t i_end);
-  CVolume volumeOf(const CTree& i_tree, const std::vector<unsigned int>& i_items, std::size_t i_begin,
-                   std::size_t i_end) const;
-  void expand(unsigned int i_shape, unsigned int i_node);
+  unsigned int treeOver(const std::vector<unsigned int>& i_shapes);
+  const CVolume& volumeOf(unsigned int i_shape);
+  const CVolume& still(const CTree& i_tree, unsigned int i_rank) const;
+  CVolume boxAround(const CTree& i_tree, std::size_t i_begin, std::size_t i_end) const;
+  float middleOf(const CTree& i_tree, unsigned int i_rank, unsigned int i_axis) const;
+  void sortAcross(CTree& io_tree, std::size_t i_begin, std::size_t i_end) const;
+  void cut(CTree& io_tree, std::size_t i_begin, std::size_t i_end, std::size_t i_countParts,
+           std::vector<std::size_t>& io_ends) const;
+  CNode makeNode(CTree& io_tree, std::size_t i_begin, std::size_t i_end);
+  void makeRows(CNode& io_node, const std::vector<CVolume>& i_children);
+  static float gapBetween(const CVolume& i_a, const CVolume& i_b);
+  void look(unsigned int i_shape, float i_from);
+  bool gather(unsigned int i_shape, unsigned int i_node, float i_from, float i_to);
+  bool markNear(const float* i_ball, float i_distance, const CNode& i_node, TMarks& o_marks) const;
+  void take(unsigned int i_shape, unsigned int i_item);
   void passOver(unsigned int i_body, double i_lower);
-  void closeRun(unsigned int i_shape);
-  unsigned int pairOf(unsigned int i_shape, unsigned int i_item) const;
+  void closeRun(unsigned int i_shape)
+  {
+    if (m_runBegin != m_entries.size())
+      makeRun(i_shape);
+  }
+  void makeRun(unsigned int i_shape);
+  void resumeRun();
+  TEntry* dropBeyond(TEntry* i_begin, TEntry* i_end, unsigned int i_body);
 
   std::vector<CShape> m_shapes;
+  std::vector<CFrame> m_frames; ///< of the shapes
   std::vector<CPair> m_pairs;
   std::vector<unsigned int> m_movingShapes;
   std::vector<unsigned int> m_movingPairs;
   std::vector<CTree> m_trees;
   std::vector<CNode> m_nodes;
+  std::vector<std::uint64_t> m_rows;
+  std::vector<CVolume> m_items; ///< of all trees, in the order in which their nodes hold them
   std::vector<unsigned int> m_rowPairs;
   std::vector<CBody> m_bodies;
   std::vector<TEntry> m_entries;
   std::vector<CRun> m_runs;
-  std::vector<TEntry> m_nearest; ///< a heap of the runs in which something waits
-  std::size_t m_runBegin = 0;    ///< of the entries that are in no run yet
+  std::vector<TEntry> m_nearest;    ///< a heap of the runs in which something waits
+  std::size_t m_runBegin = 0;       ///< of the entries that are in no run yet
+  std::size_t m_latestRun = NO_RUN; ///< whose nearest was handed out last
 };
