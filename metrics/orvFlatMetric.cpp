@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 /// A sub-space whose metric has to be called, with the two configurations to call it with.
@@ -107,34 +108,73 @@ inline double flatSquaredDofDistance(bool i_isCircular, double i_scale, double i
   return d * d;
 }
 
-// The loops have no branches, so that the compiler makes vector instructions of them.
+/// Two numbers that are computed with at once. Written out, since a compiler that sees how short the loops are takes
+/// them apart instead.
+using TDoublePair __attribute__((vector_size(16))) = double;
+using TMaskPair __attribute__((vector_size(16))) = std::int64_t;
 
-inline void addSquaredColumn(double i_value, double i_scale, const double* i_column, double* io_squared)
+inline TDoublePair loadPair(const double* i_numbers)
 {
-  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
+  TDoublePair pair;
+  std::memcpy(&pair, i_numbers, sizeof pair);
+  return pair;
+}
+
+inline TDoublePair twice(double i_number)
+{
+  return TDoublePair{i_number, i_number};
+}
+
+/// The number where the mask is set, 0 elsewhere.
+inline TDoublePair where(TMaskPair i_mask, double i_number)
+{
+  return reinterpret_cast<TDoublePair>(i_mask & reinterpret_cast<TMaskPair>(twice(i_number)));
+}
+
+/// @param i_turn to be taken off the differences.
+inline void addSquaredColumn(double i_value, double i_turn, double i_scale, const double* i_column,
+                             std::size_t i_pairCount, TDoublePair* io_squared)
+{
+  const TDoublePair value = twice(i_value), turn = twice(i_turn), scale = twice(i_scale);
+  for (std::size_t i = 0; i < i_pairCount; ++i)
   {
-    const double d = std::fabs(i_column[i] - i_value) * i_scale;
+    const TDoublePair d = (loadPair(i_column + 2 * i) - value - turn) * scale;
     io_squared[i] += d * d;
   }
 }
 
-inline void addSquaredCircularColumn(double i_value, double i_scale, const double* i_column, double* io_squared)
+/// Of differences within a full turn.
+inline void addSquaredCircularColumn(double i_value, double i_scale, const double* i_column, std::size_t i_pairCount,
+                                     TDoublePair* io_squared)
 {
   constexpr double PI = ClumGeometryUtilities::PI;
-  double squared[CorvFlatForm::BLOCK_SIZE];
-  std::int64_t isAnyFar = 0; // more than a full turn apart
-  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
+  const TDoublePair value = twice(i_value), scale = twice(i_scale);
+  for (std::size_t i = 0; i < i_pairCount; ++i)
   {
-    const double difference = i_column[i] - i_value;
-    const double turn = (difference >= PI ? 2.0 * PI : 0.0) - (difference < -PI ? 2.0 * PI : 0.0);
-    const double d = i_scale * std::fabs(difference - turn);
-    squared[i] = d * d;
-    isAnyFar |= std::fabs(difference) < 2.0 * PI ? 0 : 1;
+    const TDoublePair difference = loadPair(i_column + 2 * i) - value;
+    const TDoublePair turn = where(difference >= PI, 2.0 * PI) - where(difference < -PI, 2.0 * PI);
+    const TDoublePair d = (difference - turn) * scale;
+    io_squared[i] += d * d;
   }
-  for (unsigned int i = 0; isAnyFar != 0 && i < CorvFlatForm::BLOCK_SIZE; ++i)
-    squared[i] = flatSquaredDofDistance(true, i_scale, i_value, i_column[i]);
-  for (unsigned int i = 0; i < CorvFlatForm::BLOCK_SIZE; ++i)
-    io_squared[i] += squared[i];
+}
+
+/// @param i_from, i_to what all differences lie between.
+void addSquaredAngles(double i_value, double i_from, double i_to, double i_scale, const double* i_column,
+                      std::size_t i_pairCount, TDoublePair* io_squared)
+{
+  constexpr double PI = ClumGeometryUtilities::PI;
+  // Within half a turn from a multiple of the full one, a circular difference is a plain one less that multiple.
+  if (i_from >= -PI && i_to < PI)
+    addSquaredColumn(i_value, 0.0, i_scale, i_column, i_pairCount, io_squared);
+  else if (i_from >= PI && i_to < 3.0 * PI)
+    addSquaredColumn(i_value, 2.0 * PI, i_scale, i_column, i_pairCount, io_squared);
+  else if (i_from >= -3.0 * PI && i_to < -PI)
+    addSquaredColumn(i_value, -2.0 * PI, i_scale, i_column, i_pairCount, io_squared);
+  else if (i_from > -2.0 * PI && i_to < 2.0 * PI)
+    addSquaredCircularColumn(i_value, i_scale, i_column, i_pairCount, io_squared);
+  else
+    for (std::size_t i = 0; i < 2 * i_pairCount; ++i)
+      io_squared[i / 2][i % 2] += flatSquaredDofDistance(true, i_scale, i_value, i_column[i]);
 }
 } // namespace
 
@@ -182,51 +222,70 @@ bool CorvFlatForm::canMeasureBlocks() const
                      [](const CEntry& i_entry) { return i_entry.kind != SOLID && std::isfinite(i_entry.scale); });
 }
 
-bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit,
-                                           double* o_squared) const
+bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* i_block, const double* i_box,
+                                           unsigned int i_count, double i_limit, double* o_squared) const
 {
-  constexpr std::int64_t FEW = 8; // so many are measured to the end one by one
-  std::fill_n(o_squared, BLOCK_SIZE, 0.0);
-  for (std::size_t rank = 0; rank < m_entries.size(); ++rank)
+  const std::size_t pairCount = (i_count + 1) / 2;
+  TDoublePair squared[BLOCK_SIZE / 2];
+  for (std::size_t i = 0; i < pairCount; ++i)
+    squared[i] = TDoublePair{};
+  for (const CEntry& entry : m_entries)
   {
-    const CEntry& entry = m_entries[rank];
-    const double* column = i_block + entry.place * BLOCK_SIZE;
+    const double value = i_point[entry.place];
+    const double* const column = i_block + entry.place * BLOCK_SIZE;
+    const double* const box = i_box + entry.place * BOXES_SIZE;
     if (entry.kind == CIRCULAR)
-      addSquaredCircularColumn(i_point[entry.place], entry.scale, column, o_squared);
+      addSquaredAngles(value, box[0] - value, box[2] - value, entry.scale, column, pairCount, squared);
     else
-      addSquaredColumn(i_point[entry.place], entry.scale, column, o_squared);
-    std::int64_t countWithin = 0;
-    for (unsigned int i = 0; i < BLOCK_SIZE; ++i)
-      countWithin += o_squared[i] > i_limit ? 0 : 1;
-    if (countWithin == 0)
-      return false;
-    if (countWithin <= FEW && rank + 1 < m_entries.size())
-    {
-      finishSquaredDistances(i_point, i_block, rank + 1, i_limit, o_squared);
-      break;
-    }
+      addSquaredColumn(value, 0.0, entry.scale, column, pairCount, squared);
   }
-  return true;
+  TMaskPair isBeyond = TMaskPair{-1, -1};
+  for (std::size_t i = 0; i < pairCount; ++i)
+  {
+    isBeyond &= squared[i] > i_limit;
+    std::memcpy(o_squared + 2 * i, &squared[i], sizeof squared[i]);
+  }
+  return (isBeyond[0] & isBeyond[1]) == 0;
 }
 
-/// Adds what is left, from an entry on, to the points that are still within the limit; the others become infinite.
-void CorvFlatForm::finishSquaredDistances(const double* i_point, const double* i_block, std::size_t i_first,
-                                          double i_limit, double* io_squared) const
+/// With a half turn and more between a value and the far end of a box the way round is the shorter one. A difference of
+/// more than a full turn comes out as nothing, which is no more than it can be.
+void CorvFlatForm::squaredDistancesToBoxes(const double* i_point, const double* i_boxes, double* o_squared) const
 {
-  for (unsigned int i = 0; i < BLOCK_SIZE; ++i)
+  constexpr double NO_TURN = std::numeric_limits<double>::infinity();
+  const TDoublePair none = {};
+  TDoublePair squared = {};
+  for (const CEntry& entry : m_entries)
   {
-    if (io_squared[i] > i_limit)
+    const TDoublePair value = twice(i_point[entry.place]);
+    const double* const boxes = i_boxes + entry.place * BOXES_SIZE;
+    const double turn = entry.kind == CIRCULAR ? 2.0 * ClumGeometryUtilities::PI : NO_TURN;
+    const TDoublePair below = loadPair(boxes) - value;
+    const TDoublePair above = value - loadPair(boxes + 2);
+    const TDoublePair direct = below > above ? below : above;
+    const TDoublePair around = (below < above ? below : above) + turn;
+    const TDoublePair gap = around < direct ? around : direct;
+    const TDoublePair d = (gap > none ? gap : none) * entry.scale;
+    squared += d * d;
+  }
+  std::memcpy(o_squared, &squared, sizeof squared);
+}
+
+unsigned int CorvFlatForm::longestSide(const double* i_box) const
+{
+  unsigned int longest = 0;
+  double length = 0.0;
+  for (const CEntry& entry : m_entries)
+  {
+    const double* const box = i_box + entry.place * BOXES_SIZE;
+    const double side = (box[2] - box[0]) * std::fabs(entry.scale);
+    if (side > length)
     {
-      io_squared[i] = std::numeric_limits<double>::infinity();
-      continue;
-    }
-    for (std::size_t rank = i_first; rank < m_entries.size(); ++rank)
-    {
-      const CEntry& entry = m_entries[rank];
-      io_squared[i] += flatSquaredDofDistance(entry.kind == CIRCULAR, entry.scale, i_point[entry.place],
-                                              i_block[entry.place * BLOCK_SIZE + i]);
+      length = side;
+      longest = entry.place;
     }
   }
+  return longest;
 }
 
 bool CorvFlatForm::isCurrent() const

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace
 {
@@ -14,9 +13,6 @@ bool getFlatFormOf(const CorvMetric& i_metric, const CorvConfigSpace& i_space, C
   const CorvMetricEuclidean* euclidean = dynamic_cast<const CorvMetricEuclidean*>(&i_metric);
   return euclidean && euclidean->getFlatForm(i_space, o_form);
 }
-
-/// Nodes from which on the tree is faster than the list.
-const unsigned int s_longestNodeList = 1024;
 } // namespace
 
 std::unique_ptr<CorvNodeIndex> CorvNodeIndex::create(const CorvConfigSpaceShPtr& i_space)
@@ -46,39 +42,25 @@ bool CorvNodeIndex::isCurrent(const CorvConfigSpace& i_space) const
   return true;
 }
 
-CorvNodeIndex::CorvNodeIndex(CNodeMetric i_metric)
-  : m_tree(std::move(i_metric)), m_isList(m_tree.metric().isFlat && m_tree.metric().form.canMeasureBlocks())
+CorvNodeIndex::CorvNodeIndex(CNodeMetric i_metric) : m_tree(std::move(i_metric))
 {
+  const CNodeMetric& used = m_tree.metric();
+  if (used.isFlat && used.form.canMeasureBlocks())
+    m_blocks.reset(new CorvNodeBlocks(used.form));
 }
 
 bool CorvNodeIndex::insert(const CorvNodeShPtr& i_node)
 {
-  return m_isList ? insertInList(i_node) : insertInTree(i_node);
+  return m_blocks ? insertInBlocks(*i_node) : insertInTree(i_node);
 }
 
-bool CorvNodeIndex::insertInList(const CorvNodeShPtr& i_node)
+bool CorvNodeIndex::insertInBlocks(const CorvNode& i_node)
 {
-  constexpr unsigned int SIZE = CorvFlatForm::BLOCK_SIZE;
-  const CQuery query = queryFrom(i_node->config());
+  const CQuery query = queryFrom(i_node.config());
   if (!std::all_of(m_queryPoint.begin(), m_queryPoint.end(), [](double number) { return std::isfinite(number); }))
     return false;
-  const std::size_t place = m_listed.size() % SIZE;
-  if (place == 0)
-    m_blocks.resize(m_blocks.size() + m_queryPoint.size() * SIZE);
-  double* const block = &m_blocks[m_blocks.size() - m_queryPoint.size() * SIZE];
-  for (std::size_t k = 0; k < m_queryPoint.size(); ++k)
-    block[k * SIZE + place] = query.point[k];
-  m_listed.push_back(i_node);
-  return m_listed.size() <= s_longestNodeList || makeTree();
-}
-
-bool CorvNodeIndex::makeTree()
-{
-  m_isList = false;
-  std::vector<CorvNodeShPtr> nodes;
-  nodes.swap(m_listed);
-  std::vector<double>().swap(m_blocks);
-  return std::all_of(nodes.begin(), nodes.end(), [this](const CorvNodeShPtr& node) { return insertInTree(node); });
+  m_blocks->insert(i_node, query.point);
+  return true;
 }
 
 bool CorvNodeIndex::insertInTree(const CorvNodeShPtr& i_node)
@@ -90,44 +72,16 @@ bool CorvNodeIndex::insertInTree(const CorvNodeShPtr& i_node)
 
 std::size_t CorvNodeIndex::memorySize() const
 {
-  return sizeof(*this) + m_tree.allocatedBytes() + m_listed.capacity() * sizeof(CorvNodeShPtr) +
-         m_blocks.capacity() * sizeof(double);
-}
-
-CorvNodeShPtr CorvNodeIndex::nearestOfList(const CorvConfig& i_config, double i_bound) const
-{
-  constexpr unsigned int SIZE = CorvFlatForm::BLOCK_SIZE;
-  const CNodeMetric& used = m_tree.metric();
-  const CQuery query = queryFrom(i_config);
-  double best = std::numeric_limits<double>::infinity();
-  // Nothing beyond it is nearest: the bound, with some room for rounding, or the best so far.
-  double limit = i_bound * i_bound * (1.0 + 1e-9);
-  const CorvNodeShPtr* nearest = nullptr;
-  double squared[SIZE];
-  for (std::size_t first = 0; first < m_listed.size(); first += SIZE)
-  {
-    const double* const block = &m_blocks[first * used.form.pointSize()];
-    if (!used.form.squaredDistancesOfBlock(query.point, block, limit, squared))
-      continue;
-    const std::size_t count = std::min<std::size_t>(SIZE, m_listed.size() - first);
-    for (std::size_t i = 0; i < count; ++i)
-    {
-      if (squared[i] > best)
-        continue;
-      const CorvNodeShPtr& node = m_listed[first + i];
-      if (squared[i] < best || (nearest && used.precedes(node, *nearest)))
-        nearest = &node;
-      best = squared[i];
-    }
-    limit = std::min(limit, best);
-  }
-  return nearest && std::sqrt(best) <= i_bound ? *nearest : CorvNodeShPtr();
+  return sizeof(*this) + m_tree.allocatedBytes() + (m_blocks ? sizeof(*m_blocks) + m_blocks->allocatedBytes() : 0);
 }
 
 CorvNodeShPtr CorvNodeIndex::nearest(const CorvConfig& i_config, double i_bound) const
 {
-  if (m_isList)
-    return nearestOfList(i_config, i_bound);
+  if (m_blocks)
+  {
+    const CorvNode* const node = m_blocks->nearest(queryFrom(i_config).point, i_bound);
+    return node ? node->self() : CorvNodeShPtr();
+  }
   const CorvNodeShPtr* found = m_tree.nearest(queryFrom(i_config), i_bound);
   return found ? *found : CorvNodeShPtr();
 }

@@ -3,16 +3,19 @@
 #include "foundation/lumCoverTree.h"
 #include "kinematics/orvConfig.h"
 #include "metrics/orvFlatMetric.h"
+#include "roadmaps/nodeBlocks.h"
 #include "roadmaps/orvNode.h"
 
 #include <memory>
 #include <vector>
 
-/// The nodes of a component, found by nearness on the metric that their space had when the index was made: a cover
-/// tree, or up to some hundreds of nodes, where a walk over packed numbers is faster, a list of blocks.
+/// The nodes of a component, found by nearness on the metric that their space had when the index was made.
 ///
-/// If the metric has a flat form the nodes are kept as points in one array and measured there; otherwise the metric is
-/// called on the configurations. All give the bits that the metric gives.
+/// If the metric measures dof by dof the nodes are kept as points in blocks below a tree of boxes. Otherwise they are
+/// in a cover tree, which needs no more of a metric than its laws; there points are kept in one array if the metric has
+/// a flat form, and if not the metric is called on the configurations. All give the bits that the metric gives.
+///
+/// The component keeps the nodes.
 class CorvNodeIndex
 {
 public:
@@ -59,17 +62,13 @@ private:
 
   explicit CorvNodeIndex(CNodeMetric i_metric);
   bool insertInTree(const CorvNodeShPtr& i_node);
-  bool insertInList(const CorvNodeShPtr& i_node);
-  bool makeTree();
-  CorvNodeShPtr nearestOfList(const CorvConfig& i_config, double i_bound) const;
+  bool insertInBlocks(const CorvNode& i_node);
   /// Good until the next one: the point lies in a scratch buffer.
   CQuery queryFrom(const CorvConfig& i_config) const;
   bool isMeasuredAlikeBothWays(const CorvNode& i_node) const;
 
   ClumCoverTree<CorvNodeShPtr, CNodeMetric, double> m_tree;
-  bool m_isList;                       ///< the tree is empty as yet
-  std::vector<CorvNodeShPtr> m_listed; ///< of a list: the nodes
-  std::vector<double> m_blocks;        ///< of a list: their points, see `CorvFlatForm::squaredDistancesOfBlock`
+  std::unique_ptr<CorvNodeBlocks> m_blocks; ///< in place of the tree, which then stays empty
   mutable std::vector<double> m_queryPoint;
   unsigned int m_version = 0;
   mutable unsigned int m_metricRevision = 0;

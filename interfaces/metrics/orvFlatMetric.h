@@ -25,11 +25,23 @@ public:
   double squaredDistance(const double* i_pointA, const double* i_pointB) const;
   /// Points in a block, its numbers in columns: number k of point i stands at `k * BLOCK_SIZE + i`. They are measured
   /// many at a time. Only where all numbers are absolute or circular differences with finite factors.
-  static constexpr unsigned int BLOCK_SIZE = 64;
+  static constexpr unsigned int BLOCK_SIZE = 16;
   bool canMeasureBlocks() const;
-  /// The bits of `squaredDistance` for each point of a block; infinity may stand for one above the limit.
-  /// @return false, the distances being unfinished, as soon as all are seen to be above the limit.
-  bool squaredDistancesOfBlock(const double* i_point, const double* i_block, double i_limit, double* o_squared) const;
+  /// The bits of `squaredDistance` for the first `i_count` points of a block.
+  /// @param i_box that holds the points, one of two: see `squaredDistancesToBoxes`.
+  /// @param o_squared `BLOCK_SIZE` numbers.
+  /// @return false if all are above the limit.
+  bool squaredDistancesOfBlock(const double* i_point, const double* i_block, const double* i_box, unsigned int i_count,
+                               double i_limit, double* o_squared) const;
+  /// How near the points of two boxes may be: for each box a number that `squaredDistance` does not fall below for any
+  /// point in it. The bound is computed by the same steps as a distance, none of which changes the order of two
+  /// numbers, so that rounding does no harm.
+  /// @param i_boxes for each number of a point the low ends of both boxes, then the high ends of both.
+  void squaredDistancesToBoxes(const double* i_point, const double* i_boxes, double* o_squared) const;
+  /// The numbers that two boxes have for each number of a point; those of one box are two apart.
+  static constexpr unsigned int BOXES_SIZE = 4;
+  /// The number along which one of two boxes is longest, as the metric measures.
+  unsigned int longestSide(const double* i_box) const;
   /// False once a joint that gives a factor is gone or gives another one.
   bool isCurrent() const;
   /// True if both measure alike.
@@ -52,9 +64,6 @@ private:
     unsigned int solid; ///< of a SOLID entry
   };
   struct CSolid;
-
-  void finishSquaredDistances(const double* i_point, const double* i_block, std::size_t i_first, double i_limit,
-                              double* io_squared) const;
 
   std::vector<CEntry> m_entries;
   std::vector<CSolid> m_solids;

@@ -23,12 +23,12 @@ class CorvNodeIndex;
 /// The nodes are held here; roadmap and other components are known weakly. A component lives from `create` until a
 /// merge replaces it or the roadmap removes it, after which its `roadmap()` is null.
 ///
-/// Nearest nodes are found by a linear scan of up to nine nodes and through an index from ten on: a cover tree, which up
-/// to 1,024 nodes is a list of packed points where the metric allows it. The index is built on the metric that the space
+/// Nearest nodes are found by a linear scan of up to nine nodes and through an index from ten on: a tree of boxes over
+/// packed points where the metric allows it, a cover tree elsewhere. The index is built on the metric that the space
 /// has at that time; if the space gets another metric or another version, it is dropped, and the next `addNode` builds a
-/// new one. It is not used for a metric that gives infinite or undefined distances,
-/// nor for spaces with an oriented steering method. Scan and tree give the same node to the last bit: among nodes at
-/// equal distance the one that was created first.
+/// new one. It is not used for a metric that gives infinite or undefined distances, nor for spaces with an oriented
+/// steering method. Scan and index give the same node to the last bit: among nodes at equal distance the one that was
+/// created first.
 ///
 /// The operations that change a component are called by `CorvRoadmap` only. One thread at a time.
 class LUM_API CorvConnectedComponent
@@ -165,7 +165,7 @@ public:
   double minDistanceToOrFrom(const CorvConfig& i_config, const CorvMetricConstShPtr& i_metric,
                              CorvNodeShPtr& o_node) const;
 
-  /// True while nearest queries go through the cover tree.
+  /// True while nearest queries go through the index.
   bool hasCoverTree() const { return static_cast<bool>(m_index); }
   /// Bytes of the cover tree, its elements' coordinates included: 157 a node in six dofs, measured on 100,000
   /// nodes. 0 without one.
@@ -258,7 +258,7 @@ private:
   mutable double m_reachableLength = 0.0; ///< negative: to be computed when asked for
   double m_incomingEdgesLength = 0.0;
   double m_outgoingEdgesLength = 0.0;
-  mutable std::unique_ptr<CorvNodeIndex> m_index; ///< the cover tree
+  mutable std::unique_ptr<CorvNodeIndex> m_index;
   std::size_t m_minSizeForIndex;                  ///< raised when the metric turns out not to be fit for one
   ShPtr<CorvComponentCell> m_cell;                ///< what the nodes hold instead of the component
   std::uint64_t m_serial;

@@ -16,11 +16,14 @@
 #include "metrics/orvRWComposite.h"
 #include "metrics/orvRWIdentity.h"
 #include "support/logCapture.h"
+#include "support/plainSpace.h"
 #include "support/spaces.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace
 {
@@ -287,6 +290,68 @@ TEST(CorvMetricSlerp, WeighsTheTurnByTheLeverAndAnswersZeroWithoutItsJoint)
   EXPECT_DOUBLE_EQ(metric->distance(origin, away), 1.0);
   joint.reset();
   EXPECT_EQ(metric->distance(origin, away), 0.0);
+}
+
+TEST(CorvFlatForm, BlocksGiveTheBitsOfSinglePointsAndBoxesNeverMore)
+{
+  const CorvConfigSpaceShPtr space = plainSpace({false, true, true, false, true});
+  const double weights[] = {1.0, 1.0, 0.3, 0.0, 7.0};
+  for (unsigned int k = 0; k < 5; ++k)
+    space->dof(k)->weightMultiplier(weights[k]);
+  CorvFlatForm form;
+  ASSERT_TRUE(boost::dynamic_pointer_cast<CorvMetricEuclidean>(space->metric())->getFlatForm(*space, form));
+  ASSERT_TRUE(form.canMeasureBlocks());
+  constexpr unsigned int SIZE = CorvFlatForm::BLOCK_SIZE;
+  const double infinity = std::numeric_limits<double>::infinity();
+  CorvUtility::randomSeed(99);
+  for (int repetition = 0; repetition < 4000; ++repetition)
+  {
+    // From narrow boxes within a turn to wide ones many turns away.
+    const double spread = std::pow(10.0, CorvUtility::random(-3.0, 1.0));
+    const double reach = repetition % 2 == 0 ? 3.1 : 14.0;
+    const unsigned int count = 1 + static_cast<unsigned int>(CorvUtility::random(0, int(SIZE) - 1));
+    std::vector<double> query(5), center(5), block(5 * SIZE, 0.0), boxes(5 * CorvFlatForm::BOXES_SIZE);
+    std::vector<std::vector<double>> points(count, std::vector<double>(5));
+    for (unsigned int k = 0; k < 5; ++k)
+    {
+      query[k] = CorvUtility::random(-reach, reach);
+      center[k] = CorvUtility::random(-reach, reach);
+      double low = infinity, high = -infinity;
+      for (unsigned int i = 0; i < count; ++i)
+      {
+        points[i][k] = block[k * SIZE + i] = center[k] + CorvUtility::random(-spread, spread);
+        low = std::min(low, points[i][k]);
+        high = std::max(high, points[i][k]);
+      }
+      // The second box is the first point.
+      double* const box = &boxes[k * CorvFlatForm::BOXES_SIZE];
+      box[0] = low;
+      box[2] = high;
+      box[1] = box[3] = points[0][k];
+    }
+    double squared[SIZE], bounds[2];
+    EXPECT_TRUE(form.squaredDistancesOfBlock(query.data(), block.data(), boxes.data(), count, infinity, squared));
+    form.squaredDistancesToBoxes(query.data(), boxes.data(), bounds);
+    double smallest = infinity;
+    for (unsigned int i = 0; i < count; ++i)
+    {
+      ASSERT_EQ(squared[i], form.squaredDistance(query.data(), points[i].data()));
+      ASSERT_LE(bounds[0], squared[i]);
+      smallest = std::min(smallest, squared[i]);
+    }
+    // A box that is a point is as near as the point, but for more than a turn.
+    if (reach < 4.0 && spread < 0.01)
+      ASSERT_EQ(bounds[1], squared[0]);
+    else
+      ASSERT_LE(bounds[1], squared[0]);
+    EXPECT_TRUE(form.squaredDistancesOfBlock(query.data(), block.data(), boxes.data(), count, smallest, squared));
+    // What stands behind the last of an odd number of points may be near.
+    if (count % 2 == 0)
+    {
+      EXPECT_FALSE(
+        form.squaredDistancesOfBlock(query.data(), block.data(), boxes.data(), count, 0.999 * smallest, squared));
+    }
+  }
 }
 
 TEST(CorvMetricJointSweep, ReadsTheSweepAtEachCall)

@@ -1,16 +1,20 @@
 #include "foundation/lumDescribe.h"
+#include "foundation/lumGeometryUtilities.h"
 #include "kinematics/orvUtility.h"
 #include "metrics/orvMetricManhattan.h"
 #include "metrics/orvMetricZero.h"
 #include "metrics/orvRWLinearDof.h"
+#include "paths/orvDirectPath.h"
 #include "paths/orvSMLinear.h"
 #include "roadmaps/orvConnectedComponent.h"
+#include "roadmaps/orvEdge.h"
 #include "roadmaps/orvNode.h"
 #include "roadmaps/orvRoadmap.h"
 #include "support/plainSpace.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -145,13 +149,129 @@ TEST_F(CoverTree, AnswersAsTheScanOverClusteredAndUniformNodes)
   for (const double step : {0.05, 0.4, 10.0})
   {
     use(plainSpace({false, false, false, true, true, true}));
-    // As long as the index is a list of blocks, and as a tree.
-    for (const unsigned int count : {65u, 1000u, 2000u})
+    for (const unsigned int count : {12u, 65u, 1000u, 5000u})
     {
       growCluster(count, step);
       ASSERT_TRUE(component->hasCoverTree());
       checkQueries(100, 4.0);
     }
+  }
+}
+
+TEST_F(CoverTree, AnswersAsTheScanAroundTheSeamAndTurnsAway)
+{
+  const double pi = ClumGeometryUtilities::PI;
+  // Angles on either side of the seam and upon it, and some that were turned on and on.
+  for (const double center : {pi, -pi, 0.0, 8.0, 40.0})
+  {
+    use(plainSpace({true, true, false}));
+    for (int i = 0; i < 600; ++i)
+    {
+      std::vector<double> values = {center, CorvUtility::random(-20.0, 20.0), CorvUtility::random(-1.0, 1.0)};
+      if (i % 10 != 0)
+        values[0] += CorvUtility::random(-0.5, 0.5);
+      addNode(CorvConfig(space, values));
+    }
+    checkQueries(100, 4.0);
+    checkQueries(100, 15.0);
+    for (int i = 0; i < 50; ++i)
+      expectNearestAsScanned(
+        CorvConfig(space, {i % 2 == 0 ? pi : -pi, CorvUtility::random(-7.0, 7.0), CorvUtility::random(-1.0, 1.0)}));
+  }
+}
+
+TEST_F(CoverTree, AnswersAsTheScanOverNodesThatComeInOrder)
+{
+  // One way, to and fro, and all at one place.
+  for (const int period : {100000, 40, 1})
+  {
+    use(plainSpace({false, true}));
+    for (int i = 0; i < 2500; ++i)
+      addNode(CorvConfig(space, {0.01 * (i % period), 0.001 * (i % period)}));
+    checkQueries(60, 30.0);
+    for (int i = 0; i < 60; ++i)
+      expectNearestAsScanned(CorvConfig(space, {0.005 * CorvUtility::random(0, 5000), 0.0}));
+  }
+}
+
+TEST_F(CoverTree, HoldsDofsWithoutWeightAndHugeValues)
+{
+  const double huge = 1e200; // its square is infinite
+  use(plainSpace({false, false, true}));
+  space->dof(1)->weightMultiplier(0.0);
+  for (int i = 0; i < 300; ++i)
+  {
+    const double x = i % 7 == 0 ? huge * CorvUtility::random(-1.0, 1.0) : CorvUtility::random(-5.0, 5.0);
+    const double y = i % 5 == 0 ? 1e308 * CorvUtility::random(-1.0, 1.0) : CorvUtility::random(-5.0, 5.0);
+    addNode(CorvConfig(space, {x, y, CorvUtility::random(-3.0, 3.0)}));
+  }
+  ASSERT_TRUE(component->hasCoverTree());
+  checkQueries(100, 8.0);
+  for (const double y : {0.0, 1e308, -1e308})
+  {
+    expectNearestAsScanned(CorvConfig(space, {0.0, y, 0.0}));
+    expectNearestAsScanned(CorvConfig(space, {huge, y, 1.0}));
+  }
+  expectNearestAsScanned(CorvConfig(space, {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}));
+  expectNearestAsScanned(CorvConfig(space, {0.0, std::numeric_limits<double>::infinity(), 0.0}));
+}
+
+TEST_F(CoverTree, IsGivenUpWhenANodeIsNowhere)
+{
+  for (const double number : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()})
+  {
+    use(plainSpace({false, true}));
+    growCluster(100, 0.3);
+    ASSERT_TRUE(component->hasCoverTree());
+    addNode(CorvConfig(space, {number, 0.0}));
+    EXPECT_FALSE(component->hasCoverTree());
+    checkQueries(30, 2.0);
+  }
+}
+
+TEST_F(CoverTree, AnswersAsTheScanAfterMergesAndRemovals)
+{
+  use(plainSpace({false, true, true}));
+  const CorvSteeringMethodConstShPtr steering = CorvSMLinear::create();
+  const auto edge = [&](const CorvNodeShPtr& i_from, const CorvNodeShPtr& i_to)
+  { return CorvEdge::create(steering->makeDirectPath(i_from->config(), i_to->config())); };
+  const auto link = [&](const CorvNodeShPtr& i_a, const CorvNodeShPtr& i_b)
+  { EXPECT_TRUE(roadmap->addDoubleEdge(i_a, i_b, edge(i_a, i_b), edge(i_b, i_a)).succeeded()); };
+  const auto grow = [&](unsigned int i_count)
+  {
+    const unsigned int first = static_cast<unsigned int>(nodes.size());
+    while (nodes.size() < first + i_count)
+    {
+      const CorvNodeShPtr from =
+        nodes.size() == first ? nullptr : nodes[CorvUtility::random(int(first), int(nodes.size()) - 1)];
+      nodes.push_back(CorvNode::create(from ? near(from->config(), 0.3) : randomConfig(3.0)));
+      ASSERT_TRUE(roadmap->addNode(nodes.back()).succeeded());
+      if (from)
+        link(from, nodes.back());
+    }
+  };
+  for (const unsigned int count : {700u, 8u, 900u, 40u})
+  {
+    grow(count);
+    link(nodes.front(), nodes.back());
+    component = nodes.front()->connectedComponent();
+    ASSERT_EQ(component->countNodes(), nodes.size());
+    EXPECT_TRUE(component->hasCoverTree());
+    checkQueries(50, 4.0);
+  }
+  for (unsigned int removed = 0; removed < 20; ++removed)
+  {
+    const auto tip =
+      std::find_if(nodes.begin(), nodes.end(), [](const CorvNodeShPtr& node) { return node->isDeadEnd(); });
+    ASSERT_NE(tip, nodes.end());
+    const CorvConfig place = (*tip)->config();
+    ASSERT_TRUE(roadmap->removeNode(*tip).succeeded());
+    nodes.erase(tip);
+    expectNearestAsScanned(place);
+    grow(1);
+    link(nodes.front(), nodes.back());
+    EXPECT_TRUE(component->hasCoverTree());
+    expectNearestAsScanned(place);
   }
 }
 
