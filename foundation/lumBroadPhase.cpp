@@ -39,7 +39,6 @@ constexpr double LARGEST_COORDINATE = 1e18;
 /// Four numbers at once, on any machine; each operation is rounded by itself, so all machines give the same.
 typedef float TLanes __attribute__((vector_size(16)));
 typedef int TRanks __attribute__((vector_size(16)));
-
 typedef std::uint64_t TWords __attribute__((vector_size(16)));
 
 TWords wordsAt(const std::uint64_t* i_words)
@@ -77,6 +76,15 @@ TLanes smallerLanes(TLanes i_a, TLanes i_b)
   return _mm_min_ps(i_a, i_b);
 #else
   return i_a < i_b ? i_a : i_b;
+#endif
+}
+
+TLanes rootsOf(TLanes i_squares)
+{
+#ifdef __SSE2__
+  return _mm_sqrt_ps(i_squares);
+#else
+  return TLanes{std::sqrt(i_squares[0]), std::sqrt(i_squares[1]), std::sqrt(i_squares[2]), std::sqrt(i_squares[3])};
 #endif
 }
 
@@ -462,10 +470,10 @@ inline float ClumBroadPhase::gapBetween(const CVolume& i_a, const CVolume& i_b)
   const TLanes gap = largerLanes(largerLanes(below, above), lanesOf(0.0f));
   const TLanes step = lanesAt(i_a.ball) - lanesAt(i_b.ball);
   const TLanes gaps = gap * gap, steps = step * step;
-  const float between = std::sqrt(steps[0] + steps[1] + steps[2]) * GAP_ROUNDING;
-  const float ball = between - (i_a.ball[3] + i_b.ball[3]) * (2.0f - GAP_ROUNDING);
   const float box = gaps[0] + gaps[1] + gaps[2];
-  return box > 0.0f ? std::max(ball, std::sqrt(box) * GAP_ROUNDING) : ball;
+  const TLanes roots = rootsOf(TLanes{steps[0] + steps[1] + steps[2], box, 0.0f, 0.0f}) * lanesOf(GAP_ROUNDING);
+  const float ball = roots[0] - (i_a.ball[3] + i_b.ball[3]) * (2.0f - GAP_ROUNDING);
+  return box > 0.0f ? std::max(ball, roots[1]) : ball;
 }
 
 double ClumBroadPhase::lowerBound(unsigned int i_pair)

@@ -56,6 +56,7 @@ struct CorvValidatorCfgLumScene::CInnerScene
     ClumMat4 frame;
     unsigned int body = NO_BODY;
     ClumGeometryConstShPtr geometry;
+    bool isFramed = false; ///< its frame is not that of its body
   };
 
   /// What is remembered of a pair, for as long as the epoch lasts.
@@ -138,7 +139,7 @@ struct CorvValidatorCfgLumScene::CInnerScene
   void addShape(const ClumCollisionModelConstShPtr& i_model, const ClumMat4& i_frame, unsigned int i_body,
                 const ClumLeafGeometryConstShPtr& i_leaf)
   {
-    shapes.push_back({i_model, i_frame, i_body, i_leaf});
+    shapes.push_back({i_model, i_frame, i_body, i_leaf, i_frame != ClumMat4::IDENTITY});
     const unsigned int rank = broadPhase.addShape(*i_model, *i_leaf, i_body);
     if (i_body == NO_BODY)
       broadPhase.place(rank, i_frame);
@@ -147,8 +148,10 @@ struct CorvValidatorCfgLumScene::CInnerScene
   void place(unsigned int i_shape)
   {
     const CShape& shape = shapes[i_shape];
-    if (shape.body != NO_BODY)
-      broadPhase.place(i_shape, positions[shape.body] * shape.frame);
+    if (shape.body == NO_BODY)
+      return;
+    const ClumMat4& position = positions[shape.body];
+    broadPhase.place(i_shape, shape.isFramed ? position * shape.frame : position);
   }
 
   CMemory& memoryOf(unsigned int i_pair)
