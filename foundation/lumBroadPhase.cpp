@@ -504,9 +504,7 @@ void ClumBroadPhase::makeRun(unsigned int i_shape)
 {
   const std::size_t end = m_entries.size();
   TEntry* const first = m_entries.data() + m_runBegin;
-  for (TEntry* entry = first + 1; entry != m_entries.data() + end; ++entry)
-    if (*entry < *first)
-      std::swap(*entry, *first);
+  std::swap(*first, *std::min_element(first, m_entries.data() + end));
   m_nearest.push_back(entryOf(lowerOf(*first), static_cast<std::uint32_t>(m_runs.size())));
   std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
   m_runs.push_back({i_shape, false, m_runBegin, end});
@@ -524,7 +522,7 @@ void ClumBroadPhase::passOver(unsigned int i_body, double i_lower)
 }
 
 /// Marks the children that a ball made larger by a distance may meet. @return false if there are none.
-bool ClumBroadPhase::markNear(const float* i_ball, float i_distance, const CNode& i_node, TMarks& o_marks) const
+inline bool ClumBroadPhase::markNear(const float* i_ball, float i_distance, const CNode& i_node, TMarks& o_marks) const
 {
   const TLanes origin = lanesAt(i_node.origin), scale = lanesAt(i_node.scale);
   const TLanes center = lanesAt(i_ball), reach = lanesOf(i_ball[3] + i_distance);
@@ -557,30 +555,48 @@ inline void ClumBroadPhase::take(unsigned int i_shape, unsigned int i_item)
     m_entries.push_back(entryOf(lower, i_item));
 }
 
-/// Lets the items that are within one distance, and not within another, wait. @return true if none is farther.
-bool ClumBroadPhase::gather(unsigned int i_shape, unsigned int i_node, float i_from, float i_to)
+/// Whether the balls alone show that an item is beyond the limit of a shape's body.
+inline bool ClumBroadPhase::areBallsApart(unsigned int i_shape, unsigned int i_item) const
 {
-  const CNode& node = m_nodes[i_node];
-  const float* const ball = m_shapes[i_shape].volume.ball;
-  TMarks marks, done = {};
-  if (!markNear(ball, i_to, node, marks))
-    return false;
+  const CShape& shape = m_shapes[i_shape];
+  const TLanes step = lanesAt(shape.volume.ball) - lanesAt(m_items[i_item].ball);
+  const TLanes steps = step * step;
+  const float reach = shape.volume.ball[3] + m_items[i_item].ball[3] + m_bodies[shape.body].reach;
+  return (steps[0] + steps[1] + steps[2]) * (GAP_ROUNDING * GAP_ROUNDING) > reach * reach;
+}
+
+/// Lets the items that are within one distance, and not within another, wait. @return true if none is farther.
+inline bool ClumBroadPhase::gather(unsigned int i_shape, unsigned int i_node, float i_from, float i_to)
+{
+  TMarks marks;
+  return markNear(m_shapes[i_shape].volume.ball, i_to, m_nodes[i_node], marks) &&
+         gatherMarked(i_shape, m_nodes[i_node], marks, i_from, i_to);
+}
+
+bool ClumBroadPhase::gatherMarked(unsigned int i_shape, const CNode& i_node, const TMarks& i_marks, float i_from,
+                                  float i_to)
+{
+  TMarks done = {};
   if (i_from >= 0.0f)
-    markNear(ball, i_from, node, done);
+    markNear(m_shapes[i_shape].volume.ball, i_from, i_node, done);
+  const bool hasLimit = m_bodies[bodyOf(i_shape)].reach < FAR;
   bool isAll = true;
-  for (unsigned int word = 0; word < node.countWords; ++word)
+  for (unsigned int word = 0; word < i_node.countWords; ++word)
   {
-    isAll = isAll && marks[word] == node.all[word];
-    for (std::uint64_t left = node.isBottom ? marks[word] & ~done[word] : marks[word]; left != 0; left &= left - 1)
+    isAll = isAll && i_marks[word] == i_node.all[word];
+    for (std::uint64_t left = i_node.isBottom ? i_marks[word] & ~done[word] : i_marks[word]; left != 0;
+         left &= left - 1)
     {
-      const unsigned int child = node.firstChild + word * WORD + static_cast<unsigned int>(__builtin_ctzll(left));
-      if (node.isBottom)
-        take(i_shape, child);
-      else
+      const unsigned int child = i_node.firstChild + word * WORD + static_cast<unsigned int>(__builtin_ctzll(left));
+      if (!i_node.isBottom)
       {
         const bool isNew = (left & -left & done[word]) == 0;
         isAll = gather(i_shape, child, isNew ? NOWHERE : i_from, i_to) && isAll;
       }
+      else if (hasLimit && areBallsApart(i_shape, child))
+        isAll = false;
+      else
+        take(i_shape, child);
     }
   }
   return isAll;

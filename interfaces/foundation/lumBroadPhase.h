@@ -155,7 +155,9 @@ private:
   static float gapBetween(const CVolume& i_a, const CVolume& i_b);
   void look(unsigned int i_shape, float i_from);
   bool gather(unsigned int i_shape, unsigned int i_node, float i_from, float i_to);
+  bool gatherMarked(unsigned int i_shape, const CNode& i_node, const TMarks& i_marks, float i_from, float i_to);
   bool markNear(const float* i_ball, float i_distance, const CNode& i_node, TMarks& o_marks) const;
+  bool areBallsApart(unsigned int i_shape, unsigned int i_item) const;
   void take(unsigned int i_shape, unsigned int i_item);
   void passOver(unsigned int i_body, double i_lower);
   void closeRun(unsigned int i_shape)
