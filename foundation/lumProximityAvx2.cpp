@@ -78,21 +78,55 @@ inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
   return static_cast<unsigned int>(_mm256_movemask_ps(_mm256_cmp_ps(a.lanes, b.lanes, _CMP_LT_OQ)));
 }
 
-/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
-inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+inline TFloats squareRoot(const TFloats& a)
 {
-  const __m256i lanes = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
-  __m256i ranks = _mm256_setzero_si256();
-  for (int shift = 1; shift < 8; ++shift)
-  {
-    const __m256i from = _mm256_and_si256(_mm256_add_epi32(lanes, _mm256_set1_epi32(shift)), _mm256_set1_epi32(7));
-    const __m256 other = _mm256_permutevar8x32_ps(i_keys.lanes, from);
-    const __m256i isLarger = _mm256_castps_si256(_mm256_cmp_ps(other, i_keys.lanes, _CMP_GT_OQ));
-    const __m256i isSame = _mm256_castps_si256(_mm256_cmp_ps(other, i_keys.lanes, _CMP_EQ_OQ));
-    const __m256i isBefore = _mm256_or_si256(isLarger, _mm256_and_si256(isSame, _mm256_cmpgt_epi32(lanes, from)));
-    ranks = _mm256_sub_epi32(ranks, isBefore);
-  }
-  _mm256_store_si256(reinterpret_cast<__m256i*>(o_ranks), ranks);
+  return _mm256_sqrt_ps(a.lanes);
+}
+/// The least of all lanes, in every lane.
+inline TFloats least(const TFloats& a)
+{
+  const __m256 four = _mm256_min_ps(a.lanes, _mm256_permute2f128_ps(a.lanes, a.lanes, 1));
+  const __m256 two = _mm256_min_ps(four, _mm256_permute_ps(four, 0x4e));
+  return _mm256_min_ps(two, _mm256_permute_ps(two, 0xb1));
+}
+inline float first(const TFloats& a)
+{
+  return _mm256_cvtss_f32(a.lanes);
+}
+inline unsigned int lanesOf(const TFloats& a, const TFloats& b)
+{
+  return static_cast<unsigned int>(_mm256_movemask_ps(_mm256_cmp_ps(a.lanes, b.lanes, _CMP_EQ_OQ)));
+}
+/// A large number in the lanes that are not named.
+inline TFloats only(const TFloats& a, unsigned int i_lanes)
+{
+  const __m256i bits = _mm256_setr_epi32(1, 2, 4, 8, 16, 32, 64, 128);
+  const __m256i named = _mm256_and_si256(_mm256_set1_epi32(static_cast<int>(i_lanes)), bits);
+  return _mm256_blendv_ps(_mm256_set1_ps(PROXIMITY_LARGEST), a.lanes,
+                          _mm256_castsi256_ps(_mm256_cmpeq_epi32(named, bits)));
+}
+
+struct TQuad
+{
+  __m128 lanes;
+
+  TQuad(__m128 i_lanes) : lanes(i_lanes) {}
+  explicit TQuad(float v) : lanes(_mm_set1_ps(v)) {}
+  explicit TQuad(const float* v) : lanes(_mm_load_ps(v)) {}
+};
+inline TQuad operator+(const TQuad& a, const TQuad& b)
+{
+  return _mm_add_ps(a.lanes, b.lanes);
+}
+inline TQuad operator*(const TQuad& a, const TQuad& b)
+{
+  return _mm_mul_ps(a.lanes, b.lanes);
+}
+/// One of the four, in every lane.
+template <int LANE>
+inline TFloats spread(const TQuad& a)
+{
+  return _mm256_permute_ps(_mm256_set_m128(a.lanes, a.lanes), LANE * 0x55);
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)

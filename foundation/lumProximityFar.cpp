@@ -16,29 +16,25 @@ struct CFarSide
   const CProximityTree& tree;
   double direction[3]; ///< towards the other model, in this one's coordinates
 
-  double reach(std::uint32_t i_slot) const
+  double reach(const CProximityBox& i_box) const
   {
-    const CProximityNode& node = tree.nodes[i_slot >> 3];
-    const unsigned int lane = i_slot & 7u;
     double reach = 0.0;
     for (unsigned int k = 0; k < 3; ++k)
     {
       double cosine = 0.0;
       for (unsigned int c = 0; c < 3; ++c)
-        cosine += direction[c] * node.axes[k][c][lane];
-      reach += direction[k] * node.center[k][lane] + std::fabs(cosine) * node.half[k][lane] * FAR_HALF_SHARE;
+        cosine += direction[c] * i_box.axes[k][c];
+      reach += direction[k] * i_box.center[k] + std::fabs(cosine) * i_box.axes[k][3] * FAR_HALF_SHARE;
     }
     return reach;
   }
-  std::uint32_t child(std::uint32_t i_slot) const { return tree.nodes[i_slot >> 3].child[i_slot & 7u]; }
-  float size(std::uint32_t i_slot) const { return tree.nodes[i_slot >> 3].half[0][i_slot & 7u]; }
 };
 
 struct CFarTask
 {
   double reach; ///< of both boxes together
-  std::uint32_t a;
-  std::uint32_t b;
+  const CProximityBox* a;
+  const CProximityBox* b;
 };
 
 class CFarSearch
@@ -58,7 +54,8 @@ public:
 
   void run(CProximityAnswer& o_answer)
   {
-    m_stack[m_count++] = {m_a.reach(0) + m_b.reach(0), 0, 0};
+    const CProximityBox &rootA = *m_query.a.boxes, &rootB = *m_query.b.boxes;
+    m_stack[m_count++] = {m_a.reach(rootA) + m_b.reach(rootB), &rootA, &rootB};
     double passed = std::numeric_limits<double>::infinity();
     while (m_count > 0)
     {
@@ -68,11 +65,10 @@ public:
         passed = m_length - task.reach < passed ? m_length - task.reach : passed;
         continue;
       }
-      const std::uint32_t a = m_a.child(task.a), b = m_b.child(task.b);
-      if (a & b & PROXIMITY_LEAF)
-        measure(a, b);
+      if (task.a->child & task.b->child & PROXIMITY_LEAF)
+        measure(task.a->child, task.b->child);
       else
-        split(task, a, b);
+        split(task);
     }
     o_answer.best = m_best;
     o_answer.lower = m_best < passed ? m_best : passed;
@@ -81,19 +77,19 @@ public:
   }
 
 private:
-  void split(const CFarTask& i_task, std::uint32_t i_a, std::uint32_t i_b)
+  void split(const CFarTask& i_task)
   {
-    const bool splitsA = (i_b & PROXIMITY_LEAF) || (!(i_a & PROXIMITY_LEAF) && m_a.size(i_task.a) > m_b.size(i_task.b));
+    const bool splitsA = (i_task.b->child & PROXIMITY_LEAF) ||
+                         (!(i_task.a->child & PROXIMITY_LEAF) && i_task.a->axes[0][3] > i_task.b->axes[0][3]);
     const CFarSide& side = splitsA ? m_a : m_b;
-    const double other = splitsA ? m_b.reach(i_task.b) : m_a.reach(i_task.a);
-    const std::uint32_t rank = splitsA ? i_a : i_b;
+    const double other = splitsA ? m_b.reach(*i_task.b) : m_a.reach(*i_task.a);
+    const CProximityNode& node = side.tree.nodes[splitsA ? i_task.a->child : i_task.b->child];
     CFarTask* tasks = m_stack + m_count;
     unsigned int count = 0;
-    for (std::uint32_t slot = 8 * rank; slot < 8 * rank + 8; ++slot)
+    for (unsigned int k = 0; k < node.countBoxes; ++k)
     {
-      if (side.child(slot) == PROXIMITY_NONE)
-        continue;
-      const CFarTask task = {side.reach(slot) + other, splitsA ? slot : i_task.a, splitsA ? i_task.b : slot};
+      const CProximityBox& box = side.tree.boxes[node.firstBox + k];
+      const CFarTask task = {side.reach(box) + other, splitsA ? &box : i_task.a, splitsA ? i_task.b : &box};
       unsigned int at = count++;
       for (; at > 0 && tasks[at - 1].reach > task.reach; --at)
         tasks[at] = tasks[at - 1];

@@ -5,15 +5,24 @@
 // What the sources of the proximity kernel share. They are compiled for different instruction sets, so nothing here may
 // have an inline function of its own, or include a header that has: the linker keeps one copy of it, of any of them.
 
-/// Eight oriented boxes, each around the triangles of one child. All is single precision in the model's frame. The
-/// points of a box are those of which the projections on its axes lie within `half` of the centre's; the axes are
-/// orthonormal to rounding. A child that is not used has a negative half.
+/// An oriented box as it is read by itself: one line of the cache.
+struct alignas(64) CProximityBox
+{
+  float center[3];
+  std::uint32_t child;
+  float axes[3][4]; ///< an axis, and the half along it; the largest first
+};
+
+/// Up to eight oriented boxes, each around the triangles of one child, number by number. All is single precision in the
+/// model's frame. The points of a box are those of which the projections on its axes lie within `half` of the centre's;
+/// the axes are orthonormal to rounding. A child that is not used has a negative half.
 struct alignas(32) CProximityNode
 {
   float center[3][8];
   float axes[3][3][8]; ///< axis, component, child
   float half[3][8];    ///< the largest first
-  std::uint32_t child[8];
+  std::uint32_t firstBox;
+  std::uint32_t countBoxes;
 };
 
 /// Four triangles. Where there are fewer, the first is repeated.
@@ -24,8 +33,11 @@ struct alignas(32) CProximityPacket
   std::uint32_t id[4];     ///< the triangle's rank in the shape
 };
 
-/// A child is a node, or a leaf of one to four adjacent triangles in a packet. A slot is 8 times a node's rank plus the
-/// number of the child; a triangle's place is 4 times the packet's rank plus its number there.
+/// Larger than all that is compared in single precision.
+constexpr float PROXIMITY_LARGEST = 3.4e38f;
+
+/// A child is a node, or a leaf of one to four adjacent triangles in a packet. A triangle's place is 4 times the
+/// packet's rank plus its number there.
 constexpr std::uint32_t PROXIMITY_LEAF = 0x80000000u;
 constexpr std::uint32_t PROXIMITY_NONE = 0xffffffffu;
 constexpr unsigned int PROXIMITY_FIRST_SHIFT = 27;
@@ -36,10 +48,11 @@ constexpr std::uint32_t PROXIMITY_PACKET_MASK = (1u << PROXIMITY_FIRST_SHIFT) - 
 constexpr unsigned int PROXIMITY_MAX_DEPTH = 72;
 constexpr unsigned int PROXIMITY_STACK_SIZE = 2 * 8 * PROXIMITY_MAX_DEPTH;
 
-/// A model as the kernel sees it. Slot 0 is the box around all; the other children of node 0 are not used.
+/// A model as the kernel sees it. Node 0 has one child, the box around all.
 struct CProximityTree
 {
   const CProximityNode* nodes;
+  const CProximityBox* boxes; ///< those of each node one after the other
   const CProximityPacket* packets;
   double radius; ///< of the ball around the origin that holds all triangles
 };

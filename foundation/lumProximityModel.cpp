@@ -139,8 +139,9 @@ void CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
   for (const ClumSweptTriangles::TTriangle& triangle : i_shape.triangles)
     for (const unsigned int vertex : triangle)
       corners.push_back(i_shape.vertices[vertex].toVect3() - center);
-  lumBuildProximityTree(corners, m_nodes, m_packets, m_places);
+  lumBuildProximityTree(corners, m_nodes, m_boxes, m_packets, m_places);
   m_tree.nodes = m_nodes.data();
+  m_tree.boxes = m_boxes.data();
   m_tree.packets = m_packets.data();
 }
 
@@ -227,9 +228,9 @@ double CProximityModel::support(const ClumVect3& i_direction) const
 
 std::size_t CProximityModel::countBytes() const
 {
-  return sizeof *this + m_nodes.capacity() * sizeof(CProximityNode) + m_packets.capacity() * sizeof(CProximityPacket) +
-         m_places.capacity() * sizeof(std::uint32_t) + m_partOfTriangle.capacity() * sizeof(std::uint32_t) +
-         m_parts.capacity() * (sizeof(CPart) + 3 * sizeof(float));
+  return sizeof *this + m_nodes.capacity() * sizeof(CProximityNode) + m_boxes.capacity() * sizeof(CProximityBox) +
+         m_packets.capacity() * sizeof(CProximityPacket) + m_places.capacity() * sizeof(std::uint32_t) +
+         m_partOfTriangle.capacity() * sizeof(std::uint32_t) + m_parts.capacity() * (sizeof(CPart) + 3 * sizeof(float));
 }
 
 TProximityKernels lumProximityKernels()

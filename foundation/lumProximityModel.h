@@ -62,6 +62,7 @@ private:
   void findParts(const ClumSweptTriangles& i_shape);
 
   std::vector<CProximityNode> m_nodes;
+  std::vector<CProximityBox> m_boxes;
   std::vector<CProximityPacket> m_packets;
   std::vector<std::uint32_t> m_places;         ///< of the triangles
   std::vector<std::uint32_t> m_partOfTriangle; ///< empty if there is one part

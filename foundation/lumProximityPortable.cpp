@@ -121,20 +121,67 @@ inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
   return lanes;
 }
 
-/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
-inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+inline TFloats squareRoot(const TFloats& a)
 {
-  alignas(32) float keys[8];
-  i_keys.store(keys);
+  return each(a, a, [](float x, float) { return __builtin_sqrtf(x); });
+}
+/// The least of all lanes, in every lane.
+inline TFloats least(const TFloats& a)
+{
+  float found = a.lanes[0];
+  for (int k = 1; k < 8; ++k)
+    found = a.lanes[k] < found ? a.lanes[k] : found;
+  return TFloats(found);
+}
+inline float first(const TFloats& a)
+{
+  return a.lanes[0];
+}
+inline unsigned int lanesOf(const TFloats& a, const TFloats& b)
+{
+  unsigned int lanes = 0;
   for (int k = 0; k < 8; ++k)
-    o_ranks[k] = 0;
-  for (int i = 0; i < 8; ++i)
-    for (int j = i + 1; j < 8; ++j)
-    {
-      const int isLater = keys[j] > keys[i];
-      o_ranks[i] += isLater;
-      o_ranks[j] += 1 - isLater;
-    }
+    lanes |= static_cast<unsigned int>(a.lanes[k] == b.lanes[k]) << k;
+  return lanes;
+}
+/// A large number in the lanes that are not named.
+inline TFloats only(const TFloats& a, unsigned int i_lanes)
+{
+  TFloats r = a;
+  for (int k = 0; k < 8; ++k)
+    r.lanes[k] = i_lanes >> k & 1u ? a.lanes[k] : PROXIMITY_LARGEST;
+  return r;
+}
+
+struct TQuad
+{
+  float lanes[4];
+
+  TQuad() = default;
+  explicit TQuad(float v)
+  {
+    for (float& lane : lanes)
+      lane = v;
+  }
+  explicit TQuad(const float* v)
+  {
+    for (int k = 0; k < 4; ++k)
+      lanes[k] = v[k];
+  }
+};
+inline TQuad operator+(const TQuad& a, const TQuad& b)
+{
+  return each(a, b, [](float x, float y) { return x + y; });
+}
+inline TQuad operator*(const TQuad& a, const TQuad& b)
+{
+  return each(a, b, [](float x, float y) { return x * y; });
+}
+/// One of the four, in every lane.
+template <int LANE>
+inline TFloats spread(const TQuad& a)
+{
+  return TFloats(a.lanes[LANE]);
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)

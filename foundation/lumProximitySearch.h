@@ -1,312 +1,47 @@
 // No include guard: each source of the proximity kernel includes this once, after it has defined `TFloats`, eight
 // numbers in single precision, and `TDoubles` with `TMask`, four in double precision.
 
-#define LUM_PROXIMITY_INLINE __attribute__((always_inline)) inline
+#include "foundation/lumProximityBoxes.h"
+#include "foundation/lumProximityTriangles.h"
 
 namespace
 {
-constexpr float PROXIMITY_LARGEST = 3.4e38f;
-constexpr float PROXIMITY_SMALLEST = 1e-37f;
-constexpr double PROXIMITY_FAR = 1e300;
-
 /// What is taken off a distance of two boxes, in parts of the size of the pair: see docs/proximity.md.
 constexpr double PROXIMITY_BOX_SLACK = 0x1p-17;
 constexpr double PROXIMITY_BOX_SHARE = 1.0 + 0x1p-18;
 /// Two triangles are apart for certain if a plane keeps them apart by so much, in parts of the size of the pair.
 constexpr double PROXIMITY_SURE_GAP = 1e-13;
 constexpr double PROXIMITY_SURE_SLAB = 1e-14;
+constexpr double PROXIMITY_SURE_VOLUME = 1e-14;
 /// Edges of which the square of the sine is less are nearly parallel.
 constexpr double PROXIMITY_PARALLEL = 1e-8;
 
 /// A leaf is large beside a box if it is so many times as long.
 constexpr float PROXIMITY_LARGE_LEAF = 4.0f;
+/// A smaller one is not: the squares of its edges must not get lost in single precision.
+constexpr float PROXIMITY_LEAST_LEAF = 1e-12f;
 
 /// Where shapes collide, one of the first pairs of triangles that are measured mostly does: so many rows are looked at
 /// for that before anything else.
 constexpr unsigned int PROXIMITY_TRIALS = 4;
 
-struct TVectors
-{
-  TDoubles x, y, z;
-};
-
-inline TVectors operator+(const TVectors& a, const TVectors& b)
-{
-  return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-inline TVectors operator-(const TVectors& a, const TVectors& b)
-{
-  return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-inline TVectors operator*(const TVectors& a, const TDoubles& f)
-{
-  return {a.x * f, a.y * f, a.z * f};
-}
-inline TDoubles dot(const TVectors& a, const TVectors& b)
-{
-  return (a.x * b.x + a.y * b.y) + a.z * b.z;
-}
-inline TVectors cross(const TVectors& a, const TVectors& b)
-{
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-inline TVectors all(const double* v)
-{
-  return {TDoubles(v[0]), TDoubles(v[1]), TDoubles(v[2])};
-}
-inline TVectors select(const TMask& m, const TVectors& a, const TVectors& b)
-{
-  return {select(m, a.x, b.x), select(m, a.y, b.y), select(m, a.z, b.z)};
-}
-inline TDoubles toUnit(const TDoubles& v)
-{
-  return smaller(larger(v, TDoubles(0.0)), TDoubles(1.0));
-}
-/// 0 where the number is 0.
-inline TDoubles inverse(const TDoubles& v)
-{
-  return select(v > TDoubles(0.0), TDoubles(1.0) / v, TDoubles(0.0));
-}
-
-/// A box in the frame of the other model.
-struct CPlacedBox
-{
-  float center[3];
-  float axes[3][3];
-  float half[3];
-};
-
-/// The motion from one model's frame to the other's.
-struct CProximityMove
-{
-  double rotation[9];
-  double translation[3];
-  float turn[9];
-  float shift[3];
-
-  void set()
-  {
-    for (int k = 0; k < 9; ++k)
-      turn[k] = static_cast<float>(rotation[k]);
-    for (int k = 0; k < 3; ++k)
-      shift[k] = static_cast<float>(translation[k]);
-  }
-
-  void move(double io_point[3]) const
-  {
-    const double x = io_point[0], y = io_point[1], z = io_point[2];
-    for (int r = 0; r < 3; ++r)
-      io_point[r] = ((rotation[3 * r] * x + rotation[3 * r + 1] * y) + rotation[3 * r + 2] * z) + translation[r];
-  }
-
-  LUM_PROXIMITY_INLINE void place(const CProximityTree& i_tree, std::uint32_t i_slot, CPlacedBox& o_box) const
-  {
-    const CProximityNode& node = i_tree.nodes[i_slot >> 3];
-    const unsigned int lane = i_slot & 7u;
-    const float x = node.center[0][lane], y = node.center[1][lane], z = node.center[2][lane];
-    for (int r = 0; r < 3; ++r)
-      o_box.center[r] = ((turn[3 * r] * x + turn[3 * r + 1] * y) + turn[3 * r + 2] * z) + shift[r];
-    for (int i = 0; i < 3; ++i)
-    {
-      const float ax = node.axes[i][0][lane], ay = node.axes[i][1][lane], az = node.axes[i][2][lane];
-      for (int r = 0; r < 3; ++r)
-        o_box.axes[i][r] = (turn[3 * r] * ax + turn[3 * r + 1] * ay) + turn[3 * r + 2] * az;
-      o_box.half[i] = node.half[i][lane];
-    }
-  }
-};
-
-/// Compares a box with the eight of a node, along the faces' normals of all. What is negative is no gap.
-///
-/// The sums are written as trees: what counts is how long the longest chain of operations is.
-struct CBoxGaps
-{
-  TFloats childOffset[3], childGap[3]; ///< along the axes of the eight: of the centre, and the gap
-  TFloats boxOffset[3], boxGap[3];     ///< along the axes of the one
-  TFloats square;                      ///< of the distance of the centres
-
-  LUM_PROXIMITY_INLINE CBoxGaps(const CProximityNode& i_node, const CPlacedBox& i_box)
-  {
-    const TFloats dx = TFloats(i_node.center[0]) - TFloats(i_box.center[0]);
-    const TFloats dy = TFloats(i_node.center[1]) - TFloats(i_box.center[1]);
-    const TFloats dz = TFloats(i_node.center[2]) - TFloats(i_box.center[2]);
-    square = (dx * dx + dy * dy) + dz * dz;
-    TFloats reach[3];
-    for (int i = 0; i < 3; ++i)
-    {
-      const float* axis = i_box.axes[i];
-      boxOffset[i] = magnitude((dx * TFloats(axis[0]) + dy * TFloats(axis[1])) + dz * TFloats(axis[2]));
-      reach[i] = TFloats(i_box.half[i]);
-    }
-    for (int j = 0; j < 3; ++j)
-    {
-      const TFloats bx(i_node.axes[j][0]), by(i_node.axes[j][1]), bz(i_node.axes[j][2]);
-      const TFloats half(i_node.half[j]);
-      childOffset[j] = magnitude((bx * dx + by * dy) + bz * dz);
-      TFloats shares[3];
-      for (int i = 0; i < 3; ++i)
-      {
-        const float* axis = i_box.axes[i];
-        const TFloats cosine = magnitude((bx * TFloats(axis[0]) + by * TFloats(axis[1])) + bz * TFloats(axis[2]));
-        shares[i] = cosine * TFloats(i_box.half[i]);
-        reach[i] = reach[i] + cosine * half;
-      }
-      childGap[j] = (childOffset[j] - half) - ((shares[0] + shares[1]) + shares[2]);
-    }
-    for (int i = 0; i < 3; ++i)
-      boxGap[i] = boxOffset[i] - reach[i];
-  }
-
-  LUM_PROXIMITY_INLINE TFloats largest() const
-  {
-    return larger(larger(larger(childGap[0], childGap[1]), larger(childGap[2], boxGap[0])),
-                  larger(boxGap[1], boxGap[2]));
-  }
-};
-
-/// Of a box and the one around another in its frame.
-LUM_PROXIMITY_INLINE TFloats squareOfGaps(const TFloats i_gaps[3])
-{
-  const TFloats zero(0.0f);
-  const TFloats x = larger(i_gaps[0], zero), y = larger(i_gaps[1], zero), z = larger(i_gaps[2], zero);
-  return (x * x + y * y) + z * z;
-}
-
-/// The squares of lower bounds of the distances, before the slack; for boxes that nothing parts, minus the depth at
-/// which they overlap at least.
-LUM_PROXIMITY_INLINE TFloats distanceKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
-{
-  const CBoxGaps gaps(i_node, i_box);
-  const TFloats zero(0.0f);
-  // Between planes across the line of the centres.
-  TFloats along = gaps.square;
-  for (int k = 0; k < 3; ++k)
-    along = along - (gaps.childOffset[k] * TFloats(i_node.half[k]) + gaps.boxOffset[k] * TFloats(i_box.half[k]));
-  along = larger(along, zero);
-  const TFloats alongSquare = along * along / larger(gaps.square, TFloats(PROXIMITY_SMALLEST));
-  const TFloats best = larger(larger(squareOfGaps(gaps.childGap), squareOfGaps(gaps.boxGap)), alongSquare);
-  return pick(best, zero, best, gaps.largest());
-}
-
-/// Where the question is only whether there is a contact: the largest gaps.
-LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
-{
-  return CBoxGaps(i_node, i_box).largest();
-}
-
-/// A packet of b in the frame of a.
-struct CPlacedPacket
-{
-  std::uint32_t rank = PROXIMITY_NONE;
-  bool hasEdges = false;
-  TVectors corners[3];
-  TVectors normal;
-  TVectors edges[3];
-  TDoubles squares[3];  ///< of the edges' lengths
-  TDoubles inverses[3]; ///< of these squares
-
-  void place(const CProximityPacket& i_packet, std::uint32_t i_rank, const CProximityMove& i_move)
-  {
-    rank = i_rank;
-    hasEdges = false;
-    const double* m = i_move.rotation;
-    const double* t = i_move.translation;
-    for (int k = 0; k < 3; ++k)
-    {
-      const TDoubles x(i_packet.corners[k][0]), y(i_packet.corners[k][1]), z(i_packet.corners[k][2]);
-      corners[k].x = ((x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2])) + TDoubles(t[0]);
-      corners[k].y = ((x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5])) + TDoubles(t[1]);
-      corners[k].z = ((x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8])) + TDoubles(t[2]);
-    }
-    const TDoubles x(i_packet.normal[0]), y(i_packet.normal[1]), z(i_packet.normal[2]);
-    normal.x = (x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2]);
-    normal.y = (x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5]);
-    normal.z = (x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8]);
-  }
-
-  void makeEdges()
-  {
-    hasEdges = true;
-    for (int k = 0; k < 3; ++k)
-    {
-      edges[k] = corners[(k + 1) % 3] - corners[k];
-      squares[k] = dot(edges[k], edges[k]);
-      inverses[k] = inverse(squares[k]);
-    }
-  }
-};
-
-/// The squares of the distances of a point from four triangles.
-inline TDoubles pointSquares(const TVectors& i_point, const TVectors i_corners[3], const TVectors& i_normal)
-{
-  TDoubles nearest(PROXIMITY_FAR);
-  TMask isOver = dot(i_normal, i_normal) > TDoubles(0.0);
-  for (int k = 0; k < 3; ++k)
-  {
-    const TVectors edge = i_corners[(k + 1) % 3] - i_corners[k], offset = i_point - i_corners[k];
-    const TVectors gap = offset - edge * toUnit(dot(offset, edge) * inverse(dot(edge, edge)));
-    nearest = smaller(nearest, dot(gap, gap));
-    isOver = isOver & (dot(cross(i_normal, edge), offset) > TDoubles(0.0));
-  }
-  const TDoubles height = dot(i_normal, i_point - i_corners[0]);
-  return select(isOver, height * height, nearest);
-}
-
-/// A triangle of a, against the four of a packet.
-struct CProximityRow
-{
-  TVectors corners[3];
-  TVectors normal;
-
-  void load(const CProximityPacket& i_packet, unsigned int i_lane)
-  {
-    for (int k = 0; k < 3; ++k)
-      corners[k] = {TDoubles(i_packet.corners[k][0][i_lane]), TDoubles(i_packet.corners[k][1][i_lane]),
-                    TDoubles(i_packet.corners[k][2][i_lane])};
-    normal = {TDoubles(i_packet.normal[0][i_lane]), TDoubles(i_packet.normal[1][i_lane]),
-              TDoubles(i_packet.normal[2][i_lane])};
-  }
-};
-
-/// The corners of one triangle against the plane of another.
-struct CProximityHeights
-{
-  TDoubles values[3];
-  TDoubles gap; ///< of the nearest corner, if all lie on one side; otherwise not positive
-
-  void measure(const TVectors& i_normal, const TVectors& i_origin, const TVectors i_corners[3])
-  {
-    for (int k = 0; k < 3; ++k)
-      values[k] = dot(i_normal, i_corners[k] - i_origin);
-    const TDoubles lowest = smaller(smaller(values[0], values[1]), values[2]);
-    const TDoubles highest = larger(larger(values[0], values[1]), values[2]);
-    gap = larger(lowest, TDoubles(0.0) - highest);
-  }
-
-  /// The square of the gap where the nearest corner lies over the face, otherwise a large number.
-  TDoubles overFace(const TVectors& i_normal, const TVectors i_face[3], const TVectors i_edges[3],
-                    const TVectors i_corners[3]) const
-  {
-    const TDoubles h0 = magnitude(values[0]), h1 = magnitude(values[1]), h2 = magnitude(values[2]);
-    const TMask isSecond = h1 < h0;
-    const TVectors two = select(isSecond, i_corners[1], i_corners[0]);
-    const TVectors corner = select(h2 < smaller(h0, h1), i_corners[2], two);
-    TMask isOver = gap > TDoubles(0.0);
-    for (int k = 0; k < 3; ++k)
-      isOver = isOver & (dot(cross(i_normal, i_edges[k]), corner - i_face[k]) > TDoubles(0.0));
-    return select(isOver, gap * gap, TDoubles(PROXIMITY_FAR));
-  }
-};
-
-/// Two boxes that may have something near between them. The two slots are kept as one number, since a number that is
-/// read in other pieces than it was written holds the machine up.
+/// Two boxes that may have something near between them.
 struct CProximityTask
 {
   float key;
-  std::uint64_t slots;
+  unsigned int side;          ///< the tree of the first box: 0 for a, 1 for b
+  const CProximityBox* box;   ///< of the node that was opened last
+  const CProximityBox* other; ///< of the other tree
+};
 
-  std::uint32_t a() const { return static_cast<std::uint32_t>(slots); }
-  std::uint32_t b() const { return static_cast<std::uint32_t>(slots >> 32); }
+/// Boxes of a node that wait, each with the same one of the other tree.
+struct alignas(64) CProximityGroup
+{
+  float keys[8];
+  const CProximityBox* boxes;
+  const CProximityBox* other;
+  unsigned int side;
+  unsigned int lanes; ///< those that wait
 };
 
 /// @tparam IS_CONTACT all that is wanted is whether something is as near as the cap.
@@ -322,20 +57,24 @@ public:
     m_slack = PROXIMITY_BOX_SLACK * size;
     m_sureGap = PROXIMITY_SURE_GAP * size;
     m_sureSlab = PROXIMITY_SURE_SLAB * size * size;
+    m_sureVolume = PROXIMITY_SURE_VOLUME * size * size * size;
+    CProximityMove &toA = m_moves[0], &toB = m_moves[1];
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c)
       {
-        m_toA.rotation[3 * r + c] = i_query.rotation[3 * r + c];
-        m_toB.rotation[3 * r + c] = i_query.rotation[3 * c + r];
+        toA.rotation[3 * r + c] = i_query.rotation[3 * r + c];
+        toB.rotation[3 * r + c] = i_query.rotation[3 * c + r];
       }
     for (int r = 0; r < 3; ++r)
     {
-      m_toA.translation[r] = t[r];
-      const double* row = m_toB.rotation + 3 * r;
-      m_toB.translation[r] = -((row[0] * t[0] + row[1] * t[1]) + row[2] * t[2]);
+      toA.translation[r] = t[r];
+      const double* row = toB.rotation + 3 * r;
+      toB.translation[r] = -((row[0] * t[0] + row[1] * t[1]) + row[2] * t[2]);
     }
-    m_toA.set();
-    m_toB.set();
+    toA.set();
+    toB.set();
+    m_trees[0] = &i_query.a;
+    m_trees[1] = &i_query.b;
     setThreshold();
   }
 
@@ -346,14 +85,17 @@ public:
       placePacket(m_query.hintB >> 2);
       measureRow(m_query.hintA >> 2, m_query.hintA & 3u, m_query.hintB >> 2, TDoubles(-PROXIMITY_FAR));
     }
-    CProximityTask task = {-PROXIMITY_LARGEST, 0};
-    put(task);
-    while (m_best > m_query.stop && pop(task))
+    CProximityTask task = {-PROXIMITY_LARGEST, 0, m_query.a.boxes, m_query.b.boxes};
+    bool isGoingOn = m_best > m_query.stop;
+    while (isGoingOn)
     {
-      if (isLeafPair(task))
-        measureLeaves(task);
+      if ((task.box->child & task.other->child & PROXIMITY_LEAF) == 0)
+        isGoingOn = split(task) || pop(task);
       else
-        split(task);
+      {
+        measureLeaves(task);
+        isGoingOn = m_best > m_query.stop && pop(task);
+      }
     }
     o_answer.best = m_best < PROXIMITY_FAR ? m_best : __builtin_inf();
     o_answer.lower = IS_CONTACT ? 0.0 : lowerBound(m_best > m_query.stop ? PROXIMITY_LARGEST : task.key);
@@ -362,15 +104,6 @@ public:
   }
 
 private:
-  static std::uint32_t child(const CProximityTree& i_tree, std::uint32_t i_slot)
-  {
-    return i_tree.nodes[i_slot >> 3].child[i_slot & 7u];
-  }
-  static float size(const CProximityTree& i_tree, std::uint32_t i_slot)
-  {
-    return i_tree.nodes[i_slot >> 3].half[0][i_slot & 7u];
-  }
-
   double distanceOfKey(float i_key) const
   {
     return i_key > 0.0f ? __builtin_sqrt(static_cast<double>(i_key)) / PROXIMITY_BOX_SHARE - m_slack : 0.0;
@@ -380,22 +113,21 @@ private:
   /// what a search that was stopped has left is not nearer than its keys.
   double lowerBound(float i_lastKey) const
   {
-    alignas(32) float keys[8];
     alignas(32) double gaps[4];
-    m_passedKeys.store(keys);
     m_passedGaps.store(gaps);
-    float key = m_passedKey;
-    for (int k = 0; k < 8; ++k)
-      key = keys[k] < key ? keys[k] : key;
-    double passed = distanceOfKey(key);
+    const float key = first(least(m_passedKeys));
+    double passed = distanceOfKey(key < m_passedKey ? key : m_passedKey);
     for (int k = 0; k < 4; ++k)
       passed = gaps[k] < passed ? gaps[k] : passed;
     double lower = passed > m_bound ? passed : m_bound;
     if (!(m_best > m_query.stop))
     {
       float left = i_lastKey;
-      for (unsigned int i = 0; i < m_countTasks; ++i)
-        left = m_keys[i] < left ? m_keys[i] : left;
+      for (unsigned int i = 0; i < m_countGroups; ++i)
+      {
+        const float key = first(least(only(TFloats(m_groups[i].keys), m_groups[i].lanes)));
+        left = key < left ? key : left;
+      }
       lower = distanceOfKey(left) < lower ? distanceOfKey(left) : lower;
     }
     return m_best < lower ? m_best : lower;
@@ -408,155 +140,120 @@ private:
     m_threshold = square < PROXIMITY_LARGEST ? static_cast<float>(square) : PROXIMITY_LARGEST;
   }
 
-  void put(const CProximityTask& i_task)
-  {
-    m_keys[m_countTasks] = i_task.key;
-    m_slots[m_countTasks++] = i_task.slots;
-  }
-
   bool pop(CProximityTask& o_task)
   {
-    while (m_countTasks > 0)
+    while (m_countGroups > 0)
     {
-      o_task.key = m_keys[--m_countTasks];
-      o_task.slots = m_slots[m_countTasks];
-      if (o_task.key < m_threshold)
-        return true;
-      m_passedKey = o_task.key < m_passedKey ? o_task.key : m_passedKey;
+      CProximityGroup& group = m_groups[m_countGroups - 1];
+      const TFloats keys = only(TFloats(group.keys), group.lanes), nearest = least(keys);
+      const float key = first(nearest);
+      if (!(key < m_threshold))
+      {
+        m_passedKey = key < m_passedKey ? key : m_passedKey;
+        --m_countGroups;
+        continue;
+      }
+      const unsigned int lanes = lanesOf(keys, nearest), lane = static_cast<unsigned int>(__builtin_ctz(lanes));
+      o_task = {key, group.side, group.boxes + lane, group.other};
+      group.lanes &= ~(lanes & (0u - lanes));
+      m_countGroups -= group.lanes == 0;
+      return true;
     }
     return false;
   }
 
-  bool isLeafPair(const CProximityTask& i_task) const
+  /// Opens the larger of the two boxes. The nearest of the eight pairs becomes the task, the others that are near
+  /// enough wait. @return false if there is none.
+  LUM_PROXIMITY_INLINE bool split(CProximityTask& io_task)
   {
-    return (child(m_query.a, i_task.a()) & child(m_query.b, i_task.b()) & PROXIMITY_LEAF) != 0;
+    const std::uint32_t child = io_task.box->child, otherChild = io_task.other->child;
+    const bool isFirst =
+      (otherChild & PROXIMITY_LEAF) || (!(child & PROXIMITY_LEAF) && size(*io_task.box) > size(*io_task.other));
+    const unsigned int side = isFirst ? io_task.side : 1u - io_task.side;
+    const CProximityBox& opened = isFirst ? *io_task.box : *io_task.other;
+    const CProximityBox& placed = isFirst ? *io_task.other : *io_task.box;
+    const CProximityNode& node = m_trees[side]->nodes[isFirst ? child : otherChild];
+    const CProximityBox* boxes = m_trees[side]->boxes + node.firstBox;
+    const CPlacedBox box = m_moves[side].placed(placed);
+    TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
+    if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) &&
+        size(placed) > PROXIMITY_LEAST_LEAF)
+      keys = keysToTriangles(side, node, placed.child, keys);
+    const TFloats threshold(m_threshold);
+    const unsigned int near = lanesBelow(keys, threshold);
+    if (!IS_CONTACT)
+      m_passedKeys = smaller(m_passedKeys, pick(threshold, keys, TFloats(PROXIMITY_LARGEST), keys));
+    if (near == 0)
+      return false;
+    const TFloats nearest = least(keys);
+    const unsigned int lanes = lanesOf(keys, nearest), lane = static_cast<unsigned int>(__builtin_ctz(lanes));
+    const unsigned int rest = near & ~(lanes & (0u - lanes));
+    io_task = {first(nearest), side, boxes + lane, &placed};
+    CProximityGroup& group = m_groups[m_countGroups];
+    keys.store(group.keys);
+    group.boxes = boxes;
+    group.other = &placed;
+    group.side = side;
+    group.lanes = rest;
+    m_countGroups += rest != 0;
+    return true;
   }
 
-  /// Which of the two boxes of a task gives way to its eight children: the larger one.
-  struct CSplit
-  {
-    bool isOfA;
-    std::uint32_t rank; ///< of the node
-  };
-  CSplit chooseSplit(const CProximityTask& i_task) const
-  {
-    const std::uint32_t a = child(m_query.a, i_task.a()), b = child(m_query.b, i_task.b());
-    const bool isOfA =
-      (b & PROXIMITY_LEAF) || (!(a & PROXIMITY_LEAF) && size(m_query.a, i_task.a()) > size(m_query.b, i_task.b()));
-    return {isOfA, isOfA ? a : b};
-  }
-
-  LUM_PROXIMITY_INLINE TFloats keysOf(const CProximityTask& i_task, const CSplit& i_split) const
-  {
-    CPlacedBox box;
-    if (i_split.isOfA)
-      m_toA.place(m_query.b, i_task.b(), box);
-    else
-      m_toB.place(m_query.a, i_task.a(), box);
-    const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
-    return IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
-  }
-
-  void split(const CProximityTask& i_task)
-  {
-    const CSplit choice = chooseSplit(i_task);
-    TFloats keys = keysOf(i_task, choice);
-    const std::uint32_t other = choice.isOfA ? child(m_query.b, i_task.b()) : child(m_query.a, i_task.a());
-    if (other & PROXIMITY_LEAF)
-    {
-      const float leafSize = choice.isOfA ? size(m_query.b, i_task.b()) : size(m_query.a, i_task.a());
-      if (leafSize > PROXIMITY_LARGE_LEAF * (choice.isOfA ? size(m_query.a, i_task.a()) : size(m_query.b, i_task.b())))
-        keys = keysToTriangles(choice, other, keys);
-    }
-    push(i_task, choice, keys);
-  }
+  static float size(const CProximityBox& i_box) { return (i_box.axes[0][3] + i_box.axes[1][3]) + i_box.axes[2][3]; }
 
   /// The box of a few large triangles is mostly empty: raises the keys to what keeps the balls around the eight boxes
   /// from the triangles themselves.
-  TFloats keysToTriangles(const CSplit& i_split, std::uint32_t i_leaf, const TFloats& i_keys)
+  TFloats keysToTriangles(unsigned int i_side, const CProximityNode& i_node, std::uint32_t i_leaf,
+                          const TFloats& i_keys) const
   {
-    const std::uint32_t rank = i_leaf & PROXIMITY_PACKET_MASK;
-    TVectors corners[3], normal;
-    if (i_split.isOfA)
+    const CProximityPacket& packet = m_trees[1 - i_side]->packets[i_leaf & PROXIMITY_PACKET_MASK];
+    const unsigned int begin = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u;
+    const unsigned int end = begin + ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
+    const CProximityMove& move = m_moves[i_side];
+    const TWideVectors centers = {TFloats(i_node.center[0]), TFloats(i_node.center[1]), TFloats(i_node.center[2])};
+    TFloats square(PROXIMITY_LARGEST);
+    for (unsigned int lane = begin; lane < end; ++lane)
     {
-      placePacket(rank);
+      TWideVectors corners[3];
       for (int k = 0; k < 3; ++k)
-        corners[k] = m_placed.corners[k];
-      normal = m_placed.normal;
+      {
+        const double(&v)[3][4] = packet.corners[k];
+        const float corner[3] = {static_cast<float>(v[0][lane]), static_cast<float>(v[1][lane]),
+                                 static_cast<float>(v[2][lane])};
+        corners[k] = spreadVector(move.moved(corner));
+      }
+      const float normal[3] = {static_cast<float>(packet.normal[0][lane]), static_cast<float>(packet.normal[1][lane]),
+                               static_cast<float>(packet.normal[2][lane])};
+      square = smaller(square, widePointSquares(centers, corners, spreadVector(move.turned(normal))));
     }
-    else
-    {
-      const CProximityPacket& packet = m_query.a.packets[rank];
-      for (int k = 0; k < 3; ++k)
-        corners[k] = {TDoubles(packet.corners[k][0]), TDoubles(packet.corners[k][1]), TDoubles(packet.corners[k][2])};
-      normal = {TDoubles(packet.normal[0]), TDoubles(packet.normal[1]), TDoubles(packet.normal[2])};
-    }
-    const CProximityNode& node = (i_split.isOfA ? m_query.a : m_query.b).nodes[i_split.rank];
-    alignas(32) float keys[8];
-    i_keys.store(keys);
-    for (unsigned int lanes = lanesBelow(i_keys, TFloats(m_threshold)); lanes; lanes &= lanes - 1u)
-    {
-      const unsigned int lane = static_cast<unsigned int>(__builtin_ctz(lanes));
-      double center[3] = {node.center[0][lane], node.center[1][lane], node.center[2][lane]};
-      if (!i_split.isOfA)
-        m_toA.move(center);
-      alignas(32) double squares[4];
-      pointSquares(all(center), corners, normal).store(squares);
-      double square = squares[0];
-      for (int k = 1; k < 4; ++k)
-        square = squares[k] < square ? squares[k] : square;
-      const double x = node.half[0][lane], y = node.half[1][lane], z = node.half[2][lane];
-      const double gap = __builtin_sqrt(square) - __builtin_sqrt((x * x + y * y) + z * z);
-      const float key = static_cast<float>(IS_CONTACT ? gap : gap * gap);
-      keys[lane] = gap > 0.0 && key > keys[lane] ? key : keys[lane];
-    }
-    return TFloats(keys);
-  }
-
-  /// Puts what is near enough of a split task on the stack, the nearest on top.
-  void push(const CProximityTask& i_task, const CSplit& i_split, const TFloats& i_keys)
-  {
-    const TFloats threshold(m_threshold);
-    const unsigned int lanes = lanesBelow(i_keys, threshold);
-    if (!IS_CONTACT)
-      m_passedKeys = smaller(m_passedKeys, pick(threshold, i_keys, TFloats(PROXIMITY_LARGEST), i_keys));
-    if (lanes == 0)
-      return;
-    // The order is found without a branch, since nobody could guess it; what is not near enough ends up behind.
-    alignas(32) float values[8];
-    alignas(32) int ranks[8];
-    i_keys.store(values);
-    storeRanks(pick(threshold, i_keys, i_keys, TFloats(-PROXIMITY_LARGEST)), ranks);
-    const std::uint64_t slot = 8 * static_cast<std::uint64_t>(i_split.rank);
-    const std::uint64_t step = i_split.isOfA ? 1 : std::uint64_t(1) << 32;
-    const std::uint64_t first =
-      i_split.isOfA ? (i_task.slots & 0xffffffff00000000u) + slot : (i_task.slots & 0xffffffffu) + (slot << 32);
-    for (unsigned int lane = 0; lane < 8; ++lane)
-    {
-      const unsigned int at = m_countTasks + static_cast<unsigned int>(ranks[lane]);
-      m_keys[at] = values[lane];
-      m_slots[at] = first + lane * step;
-    }
-    const unsigned int count = static_cast<unsigned int>(__builtin_popcount(lanes));
-    m_countTasks += count;
+    const TFloats x(i_node.half[0]), y(i_node.half[1]), z(i_node.half[2]);
+    const TFloats gap = squareRoot(square) - squareRoot((x * x + y * y) + z * z);
+    return larger(i_keys, pick(gap, TFloats(0.0f), IS_CONTACT ? gap : gap * gap, i_keys));
   }
 
   void placePacket(std::uint32_t i_rank)
   {
     if (m_placed.rank != i_rank)
-      m_placed.place(m_query.b.packets[i_rank], i_rank, m_toA);
+      m_placed.place(m_query.b.packets[i_rank], i_rank, m_moves[0]);
   }
 
   void measureLeaves(const CProximityTask& i_task)
   {
-    const std::uint32_t a = child(m_query.a, i_task.a());
-    const std::uint32_t packetA = a & PROXIMITY_PACKET_MASK;
-    const std::uint32_t packetB = child(m_query.b, i_task.b()) & PROXIMITY_PACKET_MASK;
+    const CProximityBox& boxA = i_task.side == 0 ? *i_task.box : *i_task.other;
+    const CProximityBox& boxB = i_task.side == 0 ? *i_task.other : *i_task.box;
+    const std::uint32_t a = boxA.child, packetA = a & PROXIMITY_PACKET_MASK;
+    const std::uint32_t packetB = boxB.child & PROXIMITY_PACKET_MASK;
     const unsigned int first = (a >> PROXIMITY_FIRST_SHIFT) & 3u, count = ((a >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
     placePacket(packetB);
+    if (IS_CONTACT)
+    {
+      for (unsigned int i = first; i < first + count && m_best > m_query.stop; ++i)
+        measureRow(packetA, i, packetB, TDoubles(-PROXIMITY_FAR));
+      return;
+    }
     // Between planes across the line of the boxes' centres.
     double line[3];
-    const double length = centerLine(i_task, line);
+    const double length = centerLine(boxA, boxB, line);
     const TDoubles scale(length > 0.0 ? 1.0 / length : 0.0), bound(length > 0.0 ? m_bound * length : PROXIMITY_FAR);
     const CProximityPacket& packet = m_query.a.packets[packetA];
     const TVectors direction = all(line);
@@ -580,16 +277,13 @@ private:
   }
 
   /// The vector from the centre of a box of a to that of one of b. @return its length.
-  double centerLine(const CProximityTask& i_task, double o_line[3]) const
+  double centerLine(const CProximityBox& i_a, const CProximityBox& i_b, double o_line[3]) const
   {
-    const CProximityNode& nodeA = m_query.a.nodes[i_task.a() >> 3];
-    const CProximityNode& nodeB = m_query.b.nodes[i_task.b() >> 3];
-    const unsigned int laneA = i_task.a() & 7u, laneB = i_task.b() & 7u;
-    const double x = nodeB.center[0][laneB], y = nodeB.center[1][laneB], z = nodeB.center[2][laneB];
+    const double x = i_b.center[0], y = i_b.center[1], z = i_b.center[2];
     for (int r = 0; r < 3; ++r)
     {
-      const double* row = m_toA.rotation + 3 * r;
-      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + m_toA.translation[r] - nodeA.center[r][laneA];
+      const double* row = m_moves[0].rotation + 3 * r;
+      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + m_moves[0].translation[r] - i_a.center[r];
     }
     return __builtin_sqrt((o_line[0] * o_line[0] + o_line[1] * o_line[1]) + o_line[2] * o_line[2]);
   }
@@ -609,15 +303,22 @@ private:
     m_passedGaps = smaller(m_passedGaps, select(isNear, TDoubles(PROXIMITY_FAR), gap));
     if (!isNear.any())
       return;
-    const unsigned int doubtful = (isNear & (gap < TDoubles(m_sureGap))).lanes();
-    if (doubtful && m_trials < PROXIMITY_TRIALS)
-    {
-      ++m_trials;
-      if (isPierced(doubtful, packet, i_lane, i_packetA, i_packetB))
-        return;
-    }
     if (!m_placed.hasEdges)
       m_placed.makeEdges();
+    if (IS_CONTACT || (m_trials < PROXIMITY_TRIALS && (gap < TDoubles(m_sureGap)).any()))
+    {
+      ++m_trials;
+      const CProximitySigns signs(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
+      if (const unsigned int pierced = signs.arePierced.lanes())
+      {
+        improve(0.0, 4 * i_packetA + i_lane, 4 * i_packetB + static_cast<unsigned int>(__builtin_ctz(pierced)));
+        return;
+      }
+      if (IS_CONTACT && (isNear & signs.areApart).lanes() == isNear.lanes())
+        return;
+    }
+    if (!m_placed.hasInverses)
+      m_placed.makeInverses();
     const TVectors edges[3] = {row.corners[1] - row.corners[0], row.corners[2] - row.corners[1],
                                row.corners[0] - row.corners[2]};
     TMask isApart = gap > TDoubles(m_sureGap);
@@ -703,24 +404,6 @@ private:
     }
   };
 
-  /// Looks for a contact beyond doubt among some of the pairs of a row.
-  bool isPierced(unsigned int i_lanes, const CProximityPacket& i_packet, unsigned int i_lane, std::uint32_t i_packetA,
-                 std::uint32_t i_packetB)
-  {
-    CPairOfCorners corners(i_packet, i_lane, m_placed);
-    for (unsigned int l = 0; l < 4; ++l)
-    {
-      if (!(i_lanes >> l & 1u))
-        continue;
-      corners.take(l);
-      if (!m_query.isPierced(corners.row, corners.lane))
-        continue;
-      improve(0.0, 4 * i_packetA + i_lane, 4 * i_packetB + l);
-      return true;
-    }
-    return false;
-  }
-
   /// Pairs of which nothing was found to keep them apart: they touch, or nearly so.
   void settle(const TMask& i_isApart, const CProximityPacket& i_packet, unsigned int i_lane, double io_squares[4]) const
   {
@@ -752,11 +435,12 @@ private:
   }
 
   const CProximityQuery& m_query;
-  CProximityMove m_toA; ///< from b to a
-  CProximityMove m_toB;
+  CProximityMove m_moves[2]; ///< to a, and to b
+  const CProximityTree* m_trees[2];
   double m_slack; ///< of distances of boxes
   double m_sureGap;
   double m_sureSlab;
+  double m_sureVolume;
   double m_bound; ///< what is not nearer is passed over
   double m_best;
   double m_bestSquare;
@@ -767,10 +451,9 @@ private:
   std::uint32_t m_placeA = PROXIMITY_NONE;
   std::uint32_t m_placeB = PROXIMITY_NONE;
   CPlacedPacket m_placed;
-  unsigned int m_countTasks = 0;
-  unsigned int m_trials = 0;          ///< rows of which a contact was looked for first
-  float m_keys[PROXIMITY_STACK_SIZE]; ///< of the tasks that wait
-  std::uint64_t m_slots[PROXIMITY_STACK_SIZE];
+  unsigned int m_countGroups = 0;
+  unsigned int m_trials = 0; ///< rows of which a contact was looked for first
+  CProximityGroup m_groups[2 * PROXIMITY_MAX_DEPTH];
 };
 
 void proximityDistance(const CProximityQuery& i_query, CProximityAnswer& o_answer)
@@ -788,13 +471,15 @@ void proximityContact(const CProximityQuery& i_query, CProximityAnswer& o_answer
 void proximityRay(const CProximityTree& i_tree, const double i_from[3], double i_length, TProximityVisit i_visit,
                   void* io_data)
 {
-  CPlacedBox box = {};
+  CProximityBox along = {};
   for (int k = 0; k < 3; ++k)
   {
-    box.center[k] = static_cast<float>(k == 0 ? i_from[0] + 0.5 * i_length : i_from[k]);
-    box.axes[k][k] = 1.0f;
+    along.center[k] = static_cast<float>(k == 0 ? i_from[0] + 0.5 * i_length : i_from[k]);
+    along.axes[k][k] = 1.0f;
   }
-  box.half[0] = static_cast<float>(0.5 * i_length);
+  along.axes[0][3] = static_cast<float>(0.5 * i_length);
+  const CPlacedBox box = {
+    TQuad(along.center), {TQuad(along.axes[0]), TQuad(along.axes[1]), TQuad(along.axes[2])}, along};
   const double slack = PROXIMITY_BOX_SLACK * (i_tree.radius + 2.0 * i_length);
   const TFloats threshold(static_cast<float>(slack));
   std::uint32_t stack[PROXIMITY_STACK_SIZE];
@@ -807,7 +492,7 @@ void proximityRay(const CProximityTree& i_tree, const double i_from[3], double i
     unsigned int lanes = lanesBelow(contactKeys(node, box), threshold);
     for (; lanes; lanes &= lanes - 1u)
     {
-      const std::uint32_t child = node.child[__builtin_ctz(lanes)];
+      const std::uint32_t child = i_tree.boxes[node.firstBox + static_cast<unsigned int>(__builtin_ctz(lanes))].child;
       if (child & PROXIMITY_LEAF)
         i_visit(io_data, child);
       else

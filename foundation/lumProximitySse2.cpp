@@ -97,20 +97,59 @@ inline unsigned int lanesBelow(const TFloats& a, const TFloats& b)
                                    _mm_movemask_ps(_mm_cmplt_ps(a.high, b.high)) << 4);
 }
 
-/// For each lane, how many come before it: those of larger keys, and those before it of the same key.
-inline void storeRanks(const TFloats& i_keys, int o_ranks[8])
+inline TFloats squareRoot(const TFloats& a)
 {
-  alignas(32) float keys[8];
-  i_keys.store(keys);
-  for (int k = 0; k < 8; ++k)
-    o_ranks[k] = 0;
-  for (int i = 0; i < 8; ++i)
-    for (int j = i + 1; j < 8; ++j)
-    {
-      const int isLater = keys[j] > keys[i];
-      o_ranks[i] += isLater;
-      o_ranks[j] += 1 - isLater;
-    }
+  return {_mm_sqrt_ps(a.low), _mm_sqrt_ps(a.high)};
+}
+/// The least of all lanes, in every lane.
+inline TFloats least(const TFloats& a)
+{
+  const __m128 four = _mm_min_ps(a.low, a.high);
+  const __m128 two = _mm_min_ps(four, _mm_shuffle_ps(four, four, 0x4e));
+  const __m128 one = _mm_min_ps(two, _mm_shuffle_ps(two, two, 0xb1));
+  return {one, one};
+}
+inline float first(const TFloats& a)
+{
+  return _mm_cvtss_f32(a.low);
+}
+inline unsigned int lanesOf(const TFloats& a, const TFloats& b)
+{
+  return static_cast<unsigned int>(_mm_movemask_ps(_mm_cmpeq_ps(a.low, b.low)) |
+                                   _mm_movemask_ps(_mm_cmpeq_ps(a.high, b.high)) << 4);
+}
+/// A large number in the lanes that are not named.
+inline TFloats only(const TFloats& a, unsigned int i_lanes)
+{
+  const __m128i lanes = _mm_set1_epi32(static_cast<int>(i_lanes));
+  const __m128i lowBits = _mm_setr_epi32(1, 2, 4, 8), highBits = _mm_setr_epi32(16, 32, 64, 128);
+  const __m128 large = _mm_set1_ps(PROXIMITY_LARGEST);
+  return {pickHalf(_mm_castsi128_ps(_mm_cmpeq_epi32(_mm_and_si128(lanes, lowBits), lowBits)), a.low, large),
+          pickHalf(_mm_castsi128_ps(_mm_cmpeq_epi32(_mm_and_si128(lanes, highBits), highBits)), a.high, large)};
+}
+
+struct TQuad
+{
+  __m128 lanes;
+
+  TQuad(__m128 i_lanes) : lanes(i_lanes) {}
+  explicit TQuad(float v) : lanes(_mm_set1_ps(v)) {}
+  explicit TQuad(const float* v) : lanes(_mm_load_ps(v)) {}
+};
+inline TQuad operator+(const TQuad& a, const TQuad& b)
+{
+  return _mm_add_ps(a.lanes, b.lanes);
+}
+inline TQuad operator*(const TQuad& a, const TQuad& b)
+{
+  return _mm_mul_ps(a.lanes, b.lanes);
+}
+/// One of the four, in every lane.
+template <int LANE>
+inline TFloats spread(const TQuad& a)
+{
+  const __m128 lane = _mm_shuffle_ps(a.lanes, a.lanes, LANE * 0x55);
+  return {lane, lane};
 }
 
 inline TDoubles operator+(const TDoubles& a, const TDoubles& b)

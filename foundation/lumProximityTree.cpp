@@ -9,12 +9,13 @@
 
 namespace
 {
-constexpr unsigned int TREE_LEAF = 4;        ///< triangles
-constexpr unsigned int TREE_BINS = 12;       ///< into which the triangles are sorted to find a cut
-constexpr unsigned int TREE_FREE_DEPTH = 36; ///< of cuts: deeper down, every cut halves
-constexpr unsigned int TREE_SAMPLES = 256;   ///< triangles that are looked at to choose a frame
-constexpr double TREE_LEAF_CUT = 0.85;       ///< a leaf is cut if that lessens its cost so much
-constexpr double TREE_THICKNESS = 4.0;       ///< what thickness adds to the cost of a leaf
+constexpr unsigned int TREE_LEAF = 4;           ///< triangles
+constexpr unsigned int TREE_BINS = 12;          ///< into which the triangles are sorted to find a cut
+constexpr unsigned int TREE_FREE_DEPTH = 36;    ///< of cuts: deeper down, every cut halves
+constexpr unsigned int TREE_SAMPLES = 256;      ///< triangles that are looked at to choose a frame
+constexpr unsigned int TREE_CUT_SAMPLES = 1024; ///< and to choose where to cut
+constexpr double TREE_LEAF_CUT = 0.85;          ///< a leaf is cut if that lessens its cost so much
+constexpr double TREE_THICKNESS = 4.0;          ///< what thickness adds to the cost of a leaf
 constexpr double TREE_OUTWARD = 1.0 + 0x1p-22;
 constexpr double TREE_INFINITY = std::numeric_limits<double>::infinity();
 
@@ -36,6 +37,7 @@ struct CTreeRange
       high[k] = std::max(high[k], i_other.high[k]);
     }
   }
+  double twiceMiddle(unsigned int i_axis) const { return low[i_axis] + high[i_axis]; }
   /// Half of the box's surface; 0 for none.
   double surface() const
   {
@@ -117,8 +119,9 @@ class CTreeBuilder
 {
 public:
   CTreeBuilder(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
-               std::vector<CProximityPacket>& o_packets, std::vector<std::uint32_t>& o_places)
-    : m_corners(i_corners), m_nodes(o_nodes), m_packets(o_packets), m_places(o_places)
+               std::vector<CProximityBox>& o_boxes, std::vector<CProximityPacket>& o_packets,
+               std::vector<std::uint32_t>& o_places)
+    : m_corners(i_corners), m_nodes(o_nodes), m_boxes(o_boxes), m_packets(o_packets), m_places(o_places)
   {
   }
 
@@ -129,20 +132,34 @@ public:
     for (std::uint32_t i = 0; i < count; ++i)
       m_order[i] = i;
     m_ranges.resize(count);
+    weigh();
     m_places.resize(count);
     m_parts.emplace_back();
     m_parts[0].count = count;
     cut(0, 0);
-    m_nodes.emplace_back();
-    clear(m_nodes[0]);
+    addNode(1);
     writeBox(0, 0, m_parts[0]);
-    m_nodes[0].child[0] = gather(0);
+    const std::uint32_t child = gather(0);
+    m_boxes[0].child = child;
     m_nodes.shrink_to_fit();
+    m_boxes.shrink_to_fit();
     m_packets.shrink_to_fit();
   }
 
 private:
   const ClumVect3* triangle(std::uint32_t i_at) const { return &m_corners[3 * m_order[i_at]]; }
+
+  /// The areas of the triangles, twice. Those without area count a little, so that there is always a frame.
+  void weigh()
+  {
+    m_weights.reserve(m_corners.size() / 3);
+    for (std::size_t i = 0; i < m_corners.size(); i += 3)
+    {
+      const ClumVect3 edge = m_corners[i + 1] - m_corners[i], other = m_corners[i + 2] - m_corners[i];
+      m_weights.push_back((edge * other).norm() + 1e-9 * (edge.squaredNorm() + other.squaredNorm()));
+    }
+  }
+  static std::uint32_t stepFor(const CTreePart& i_part, unsigned int i_samples) { return 1 + i_part.count / i_samples; }
 
   // Cuts.
 
@@ -174,7 +191,7 @@ private:
     frames.push_back({{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
     addTriangleFrames(io_part, frames);
     // Of many triangles, some will do to tell the frames apart.
-    const std::uint32_t step = 1 + io_part.count / TREE_SAMPLES;
+    const std::uint32_t step = stepFor(io_part, TREE_SAMPLES);
     io_part.surface = TREE_INFINITY;
     for (const CTreeAxes& frame : frames)
     {
@@ -195,13 +212,12 @@ private:
   {
     double weight = 0.0, sum[3] = {0, 0, 0}, products[6] = {0, 0, 0, 0, 0, 0};
     const ClumVect3 origin = triangle(i_part.first)[0];
-    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
+    const std::uint32_t step = stepFor(i_part, TREE_CUT_SAMPLES);
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += step)
     {
       const ClumVect3* t = triangle(i);
       const ClumVect3 a = t[0] - origin, b = t[1] - origin, c = t[2] - origin, s = a + b + c;
-      // Triangles without area count a little, so that there is always a frame.
-      const ClumVect3 edge = b - a, other = c - a;
-      const double w = (edge * other).norm() + 1e-9 * (edge.squaredNorm() + other.squaredNorm());
+      const double w = m_weights[m_order[i]];
       weight += w;
       for (unsigned int k = 0; k < 3; ++k)
         sum[k] += w * s[k];
@@ -225,17 +241,10 @@ private:
   void addTriangleFrames(const CTreePart& i_part, std::vector<CTreeAxes>& io_frames) const
   {
     std::uint32_t largest = i_part.first;
-    double area = -1.0;
-    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
-    {
-      const ClumVect3* t = triangle(i);
-      const double found = ((t[1] - t[0]) * (t[2] - t[0])).squaredNorm();
-      if (found > area)
-      {
-        area = found;
+    const std::uint32_t step = stepFor(i_part, TREE_CUT_SAMPLES);
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += step)
+      if (m_weights[m_order[i]] > m_weights[m_order[largest]])
         largest = i;
-      }
-    }
     const ClumVect3* t = triangle(largest);
     CTreeAxes frame;
     for (unsigned int k = 0; k < 3; ++k)
@@ -260,34 +269,57 @@ private:
   std::uint32_t findCut(const CTreePart& i_part, unsigned int i_depth)
   {
     const std::uint32_t first = i_part.first, end = first + i_part.count;
-    CTreeRange whole;
-    double low[3] = {TREE_INFINITY, TREE_INFINITY, TREE_INFINITY}, high[3] = {-low[0], -low[1], -low[2]};
-    for (std::uint32_t i = first; i < end; ++i)
-    {
-      const CTreeRange range = m_ranges[m_order[i]] = rangeIn(i_part.frame, triangle(i));
-      whole.add(range);
-      for (unsigned int k = 0; k < 3; ++k)
-      {
-        low[k] = std::min(low[k], range.low[k] + range.high[k]);
-        high[k] = std::max(high[k], range.low[k] + range.high[k]);
-      }
-    }
+    // Of many triangles, some will do to tell where to cut.
+    const std::uint32_t step = i_depth < TREE_FREE_DEPTH ? stepFor(i_part, TREE_CUT_SAMPLES) : 1;
+    CTreeRange whole, middles;
+    findRanges(i_part, step, whole, middles);
     CChoice best;
     if (i_depth < TREE_FREE_DEPTH)
       for (unsigned int k = 0; k < 3; ++k)
-        if (high[k] > low[k])
-          tryAxis(first, end, k, low[k], high[k], best);
+        if (middles.high[k] > middles.low[k])
+          tryAxis(i_part, step, k, middles, best);
     if (i_part.count <= TREE_LEAF)
     {
       if (!(best.cost < TREE_LEAF_CUT * whole.leafCost()))
         return 0;
     }
     else if (!(best.cost < TREE_INFINITY))
-      return halve(first, end, high[0] - low[0] >= high[1] - low[1] ? 0 : 1);
-    const auto middle = std::stable_partition(
-      m_order.begin() + first, m_order.begin() + end,
-      [&](std::uint32_t i) { return binOf(m_ranges[i], best.axis, best.low, best.scale) <= best.bin; });
+    {
+      findRanges(i_part, 1, whole, middles);
+      return halve(first, end, middles.high[0] - middles.low[0] >= middles.high[1] - middles.low[1] ? 0 : 1);
+    }
+    const ClumVect3& axis = i_part.frame.axes[best.axis];
+    const auto middle = std::stable_partition(m_order.begin() + first, m_order.begin() + end,
+                                              [&](std::uint32_t i)
+                                              {
+                                                return binOf(step == 1 ? m_ranges[i].twiceMiddle(best.axis)
+                                                                       : twiceMiddle(axis, &m_corners[3 * i]),
+                                                             best) <= best.bin;
+                                              });
     return static_cast<std::uint32_t>(middle - (m_order.begin() + first));
+  }
+
+  /// Of every so manieth triangle.
+  void findRanges(const CTreePart& i_part, std::uint32_t i_step, CTreeRange& o_whole, CTreeRange& o_middles)
+  {
+    o_whole = o_middles = CTreeRange();
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += i_step)
+    {
+      const CTreeRange range = m_ranges[m_order[i]] = rangeIn(i_part.frame, triangle(i));
+      o_whole.add(range);
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        o_middles.low[k] = std::min(o_middles.low[k], range.twiceMiddle(k));
+        o_middles.high[k] = std::max(o_middles.high[k], range.twiceMiddle(k));
+      }
+    }
+  }
+
+  static double twiceMiddle(const ClumVect3& i_axis, const ClumVect3* i_corners)
+  {
+    const double a = i_axis.scalarProduct(i_corners[0]), b = i_axis.scalarProduct(i_corners[1]);
+    const double c = i_axis.scalarProduct(i_corners[2]);
+    return std::min(std::min(a, b), c) + std::max(std::max(a, b), c);
   }
 
   struct CChoice
@@ -299,25 +331,28 @@ private:
     double scale = 0.0;
   };
 
-  static unsigned int binOf(const CTreeRange& i_range, unsigned int i_axis, double i_low, double i_scale)
+  static unsigned int binOf(double i_twiceMiddle, const CChoice& i_choice)
   {
-    const double at = (i_range.low[i_axis] + i_range.high[i_axis] - i_low) * i_scale;
-    return std::min(static_cast<unsigned int>(at), TREE_BINS - 1);
+    const double at = (i_twiceMiddle - i_choice.low) * i_choice.scale;
+    return at > 0.0 ? static_cast<unsigned int>(std::min(at, TREE_BINS - 1.0)) : 0;
   }
 
   /// The cost of a cut is the sum of the surfaces, each times the packets under it.
-  void tryAxis(std::uint32_t i_first, std::uint32_t i_end, unsigned int i_axis, double i_low, double i_high,
+  void tryAxis(const CTreePart& i_part, std::uint32_t i_step, unsigned int i_axis, const CTreeRange& i_middles,
                CChoice& io_best) const
   {
-    const double scale = TREE_BINS / (i_high - i_low);
-    if (!std::isfinite(scale))
+    CChoice choice;
+    choice.axis = i_axis;
+    choice.low = i_middles.low[i_axis];
+    choice.scale = TREE_BINS / (i_middles.high[i_axis] - choice.low);
+    if (!std::isfinite(choice.scale))
       return;
     CTreeRange ranges[TREE_BINS];
     std::uint32_t counts[TREE_BINS] = {};
-    for (std::uint32_t i = i_first; i < i_end; ++i)
+    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += i_step)
     {
       const CTreeRange& range = m_ranges[m_order[i]];
-      const unsigned int bin = binOf(range, i_axis, i_low, scale);
+      const unsigned int bin = binOf(range.twiceMiddle(i_axis), choice);
       ranges[bin].add(range);
       ++counts[bin];
     }
@@ -336,9 +371,10 @@ private:
     {
       sum.add(ranges[bin]);
       count += counts[bin];
-      const double cost = count > 0 ? partCost(sum, count) + costs[bin] : TREE_INFINITY;
-      if (cost < io_best.cost)
-        io_best = {cost, i_axis, bin, i_low, scale};
+      choice.cost = count > 0 ? partCost(sum, count) + costs[bin] : TREE_INFINITY;
+      choice.bin = bin;
+      if (choice.cost < io_best.cost)
+        io_best = choice;
     }
   }
 
@@ -352,8 +388,7 @@ private:
     std::sort(m_order.begin() + i_first, m_order.begin() + i_end,
               [&](std::uint32_t a, std::uint32_t b)
               {
-                const double atA = m_ranges[a].low[i_axis] + m_ranges[a].high[i_axis];
-                const double atB = m_ranges[b].low[i_axis] + m_ranges[b].high[i_axis];
+                const double atA = m_ranges[a].twiceMiddle(i_axis), atB = m_ranges[b].twiceMiddle(i_axis);
                 return atA < atB || (atA == atB && a < b);
               });
     return (i_end - i_first) / 2;
@@ -382,32 +417,29 @@ private:
       members[largest] = child;
       members[count++] = child + 1;
     }
-    const std::uint32_t rank = static_cast<std::uint32_t>(m_nodes.size());
-    m_nodes.emplace_back();
-    clear(m_nodes[rank]);
+    const std::uint32_t rank = addNode(count), firstBox = m_nodes[rank].firstBox;
     for (unsigned int k = 0; k < count; ++k)
     {
       writeBox(rank, k, m_parts[members[k]]);
       const std::uint32_t child = gather(members[k]);
-      m_nodes[rank].child[k] = child;
+      m_boxes[firstBox + k].child = child;
     }
     return rank;
   }
 
-  static void clear(CProximityNode& o_node)
+  /// @return its rank.
+  std::uint32_t addNode(unsigned int i_countBoxes)
   {
-    for (unsigned int k = 0; k < 8; ++k)
-    {
-      o_node.child[k] = PROXIMITY_NONE;
-      for (unsigned int i = 0; i < 3; ++i)
-      {
-        o_node.center[i][k] = 0.0f;
-        // Far outside of everything: no key of it is ever below a threshold.
-        o_node.half[i][k] = -1e30f;
-        for (unsigned int c = 0; c < 3; ++c)
-          o_node.axes[i][c][k] = 0.0f;
-      }
-    }
+    CProximityNode node = {};
+    // What is not used is far outside of everything: no key of it is ever below a threshold.
+    for (auto& halves : node.half)
+      for (float& half : halves)
+        half = -1e30f;
+    node.firstBox = static_cast<std::uint32_t>(m_boxes.size());
+    node.countBoxes = i_countBoxes;
+    m_nodes.push_back(node);
+    m_boxes.resize(m_boxes.size() + i_countBoxes);
+    return static_cast<std::uint32_t>(m_nodes.size() - 1);
   }
 
   void writeBox(std::uint32_t i_node, unsigned int i_lane, const CTreePart& i_part)
@@ -426,17 +458,17 @@ private:
     for (unsigned int k = 0; k < 3; ++k)
       middle += i_part.frame.axes[k] * (0.5 * (range.low[k] + range.high[k]));
     // The box is what its numbers in single precision say, so the halves are measured with these.
-    CProximityNode& node = m_nodes[i_node];
+    CProximityBox box = {};
     CTreeAxes rounded;
     ClumVect3 center;
     for (unsigned int c = 0; c < 3; ++c)
     {
-      node.center[c][i_lane] = static_cast<float>(middle[c]);
-      center[c] = node.center[c][i_lane];
+      box.center[c] = static_cast<float>(middle[c]);
+      center[c] = box.center[c];
       for (unsigned int k = 0; k < 3; ++k)
       {
-        node.axes[k][c][i_lane] = static_cast<float>(i_part.frame.axes[order[k]][c]);
-        rounded.axes[k][c] = node.axes[k][c][i_lane];
+        box.axes[k][c] = static_cast<float>(i_part.frame.axes[order[k]][c]);
+        rounded.axes[k][c] = box.axes[k][c];
       }
     }
     double half[3] = {0.0, 0.0, 0.0};
@@ -445,7 +477,21 @@ private:
         for (unsigned int k = 0; k < 3; ++k)
           half[k] = std::max(half[k], std::fabs(rounded.axes[k].scalarProduct(triangle(i)[v] - center)));
     for (unsigned int k = 0; k < 3; ++k)
-      node.half[k][i_lane] = static_cast<float>(half[k] * TREE_OUTWARD);
+      box.axes[k][3] = static_cast<float>(half[k] * TREE_OUTWARD);
+    enter(box, i_node, i_lane);
+  }
+
+  void enter(const CProximityBox& i_box, std::uint32_t i_node, unsigned int i_lane)
+  {
+    CProximityNode& node = m_nodes[i_node];
+    m_boxes[node.firstBox + i_lane] = i_box;
+    for (unsigned int k = 0; k < 3; ++k)
+    {
+      node.center[k][i_lane] = i_box.center[k];
+      node.half[k][i_lane] = i_box.axes[k][3];
+      for (unsigned int c = 0; c < 3; ++c)
+        node.axes[k][c][i_lane] = i_box.axes[k][c];
+    }
   }
 
   std::uint32_t writeLeaf(const CTreePart& i_part)
@@ -484,9 +530,11 @@ private:
 
   const std::vector<ClumVect3>& m_corners;
   std::vector<CProximityNode>& m_nodes;
+  std::vector<CProximityBox>& m_boxes;
   std::vector<CProximityPacket>& m_packets;
   std::vector<std::uint32_t>& m_places;
   std::vector<std::uint32_t> m_order;
+  std::vector<double> m_weights;    ///< of the triangles
   std::vector<CTreeRange> m_ranges; ///< of the triangles in the frame of the part that is being cut
   std::vector<CTreePart> m_parts;
   std::vector<CTreeAxes> m_frames;
@@ -495,7 +543,8 @@ private:
 } // namespace
 
 void lumBuildProximityTree(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
-                           std::vector<CProximityPacket>& o_packets, std::vector<std::uint32_t>& o_places)
+                           std::vector<CProximityBox>& o_boxes, std::vector<CProximityPacket>& o_packets,
+                           std::vector<std::uint32_t>& o_places)
 {
-  CTreeBuilder(i_corners, o_nodes, o_packets, o_places).build();
+  CTreeBuilder(i_corners, o_nodes, o_boxes, o_packets, o_places).build();
 }

@@ -10,4 +10,5 @@
 /// @param i_corners three of each triangle, around the origin.
 /// @param o_places of each triangle.
 void lumBuildProximityTree(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
-                           std::vector<CProximityPacket>& o_packets, std::vector<std::uint32_t>& o_places);
+                           std::vector<CProximityBox>& o_boxes, std::vector<CProximityPacket>& o_packets,
+                           std::vector<std::uint32_t>& o_places);

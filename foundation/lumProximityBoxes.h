@@ -1,0 +1,189 @@
+// No include guard: a part of lumProximitySearch.h.
+
+#define LUM_PROXIMITY_INLINE __attribute__((always_inline)) inline
+
+namespace
+{
+/// Squares are not divided by less.
+constexpr float PROXIMITY_SMALLEST = 1e-37f;
+
+/// Vectors, lane by lane.
+template <class T>
+struct TVectorsOf
+{
+  T x, y, z;
+};
+using TVectors = TVectorsOf<TDoubles>;
+using TWideVectors = TVectorsOf<TFloats>;
+
+template <class T>
+inline TVectorsOf<T> operator+(const TVectorsOf<T>& a, const TVectorsOf<T>& b)
+{
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+template <class T>
+inline TVectorsOf<T> operator-(const TVectorsOf<T>& a, const TVectorsOf<T>& b)
+{
+  return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+template <class T>
+inline TVectorsOf<T> operator*(const TVectorsOf<T>& a, const T& f)
+{
+  return {a.x * f, a.y * f, a.z * f};
+}
+template <class T>
+inline T dot(const TVectorsOf<T>& a, const TVectorsOf<T>& b)
+{
+  return (a.x * b.x + a.y * b.y) + a.z * b.z;
+}
+template <class T>
+inline TVectorsOf<T> cross(const TVectorsOf<T>& a, const TVectorsOf<T>& b)
+{
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+/// Between 0 and 1.
+template <class T>
+inline T toUnit(const T& v)
+{
+  return smaller(larger(v, T(0.0f)), T(1.0f));
+}
+LUM_PROXIMITY_INLINE TWideVectors spreadVector(const TQuad& a)
+{
+  return {spread<0>(a), spread<1>(a), spread<2>(a)};
+}
+
+/// A box in the frame of the other model.
+struct CPlacedBox
+{
+  TQuad center;
+  TQuad axes[3];
+  const CProximityBox& box; ///< where the halves are
+};
+
+/// The motion from one model's frame to the other's.
+struct CProximityMove
+{
+  double rotation[9];
+  double translation[3];
+  alignas(16) float columns[3][4];
+  alignas(16) float shift[4];
+
+  void set()
+  {
+    for (int c = 0; c < 3; ++c)
+    {
+      for (int r = 0; r < 3; ++r)
+        columns[c][r] = static_cast<float>(rotation[3 * r + c]);
+      columns[c][3] = 0.0f;
+      shift[c] = static_cast<float>(translation[c]);
+    }
+    shift[3] = 0.0f;
+  }
+
+  LUM_PROXIMITY_INLINE TQuad turned(const float i_vector[3]) const
+  {
+    return (TQuad(columns[0]) * TQuad(i_vector[0]) + TQuad(columns[1]) * TQuad(i_vector[1])) +
+           TQuad(columns[2]) * TQuad(i_vector[2]);
+  }
+  LUM_PROXIMITY_INLINE TQuad moved(const float i_point[3]) const { return turned(i_point) + TQuad(shift); }
+  LUM_PROXIMITY_INLINE CPlacedBox placed(const CProximityBox& i_box) const
+  {
+    return {moved(i_box.center), {turned(i_box.axes[0]), turned(i_box.axes[1]), turned(i_box.axes[2])}, i_box};
+  }
+};
+
+/// Compares a box with the eight of a node, along the faces' normals of all. What is negative is no gap.
+///
+/// The sums are written as trees: what counts is how long the longest chain of operations is.
+struct CBoxGaps
+{
+  TFloats childOffset[3], childGap[3]; ///< along the axes of the eight: of the centre, and the gap
+  TFloats boxOffset[3], boxGap[3];     ///< along the axes of the one
+  TFloats square;                      ///< of the distance of the centres
+
+  LUM_PROXIMITY_INLINE CBoxGaps(const CProximityNode& i_node, const CPlacedBox& i_box)
+  {
+    const TWideVectors centers = {TFloats(i_node.center[0]), TFloats(i_node.center[1]), TFloats(i_node.center[2])};
+    const TWideVectors d = centers - spreadVector(i_box.center);
+    square = dot(d, d);
+    TWideVectors axes[3];
+    TFloats half[3], reach[3];
+    for (int i = 0; i < 3; ++i)
+    {
+      axes[i] = spreadVector(i_box.axes[i]);
+      boxOffset[i] = magnitude(dot(d, axes[i]));
+      reach[i] = half[i] = TFloats(i_box.box.axes[i][3]);
+    }
+    for (int j = 0; j < 3; ++j)
+    {
+      const TWideVectors axis = {TFloats(i_node.axes[j][0]), TFloats(i_node.axes[j][1]), TFloats(i_node.axes[j][2])};
+      const TFloats childHalf(i_node.half[j]);
+      childOffset[j] = magnitude(dot(axis, d));
+      TFloats shares[3];
+      for (int i = 0; i < 3; ++i)
+      {
+        const TFloats cosine = magnitude(dot(axis, axes[i]));
+        shares[i] = cosine * half[i];
+        reach[i] = reach[i] + cosine * childHalf;
+      }
+      childGap[j] = (childOffset[j] - childHalf) - ((shares[0] + shares[1]) + shares[2]);
+    }
+    for (int i = 0; i < 3; ++i)
+      boxGap[i] = boxOffset[i] - reach[i];
+  }
+
+  LUM_PROXIMITY_INLINE TFloats largest() const
+  {
+    return larger(larger(larger(childGap[0], childGap[1]), larger(childGap[2], boxGap[0])),
+                  larger(boxGap[1], boxGap[2]));
+  }
+};
+
+/// Of a box and the one around another in its frame.
+LUM_PROXIMITY_INLINE TFloats squareOfGaps(const TFloats i_gaps[3])
+{
+  const TFloats zero(0.0f);
+  const TFloats x = larger(i_gaps[0], zero), y = larger(i_gaps[1], zero), z = larger(i_gaps[2], zero);
+  return (x * x + y * y) + z * z;
+}
+
+/// The squares of lower bounds of the distances, before the slack; for boxes that nothing parts, minus the depth at
+/// which they overlap at least.
+LUM_PROXIMITY_INLINE TFloats distanceKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
+{
+  const CBoxGaps gaps(i_node, i_box);
+  const TFloats zero(0.0f);
+  // Between planes across the line of the centres.
+  TFloats along = gaps.square;
+  for (int k = 0; k < 3; ++k)
+    along = along - (gaps.childOffset[k] * TFloats(i_node.half[k]) + gaps.boxOffset[k] * TFloats(i_box.box.axes[k][3]));
+  along = larger(along, zero);
+  const TFloats alongSquare = along * along / larger(gaps.square, TFloats(PROXIMITY_SMALLEST));
+  const TFloats best = larger(larger(squareOfGaps(gaps.childGap), squareOfGaps(gaps.boxGap)), alongSquare);
+  return pick(best, zero, best, gaps.largest());
+}
+
+/// Where the question is only whether there is a contact: the largest gaps.
+LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
+{
+  return CBoxGaps(i_node, i_box).largest();
+}
+
+/// The squares of the distances of eight points from a triangle.
+LUM_PROXIMITY_INLINE TFloats widePointSquares(const TWideVectors& i_points, const TWideVectors i_corners[3],
+                                              const TWideVectors& i_normal)
+{
+  const TFloats zero(0.0f);
+  TFloats nearest(PROXIMITY_LARGEST), inside(PROXIMITY_LARGEST);
+  for (int k = 0; k < 3; ++k)
+  {
+    const TWideVectors edge = i_corners[(k + 1) % 3] - i_corners[k], offset = i_points - i_corners[k];
+    const TFloats share = dot(offset, edge) / larger(dot(edge, edge), TFloats(PROXIMITY_SMALLEST));
+    const TWideVectors gap = offset - edge * toUnit(share);
+    nearest = smaller(nearest, dot(gap, gap));
+    inside = smaller(inside, dot(cross(i_normal, edge), offset));
+  }
+  const TFloats height = dot(i_normal, i_points - i_corners[0]);
+  return pick(inside, zero, height * height, nearest);
+}
+} // namespace

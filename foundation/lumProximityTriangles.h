@@ -1,0 +1,178 @@
+// No include guard: a part of lumProximitySearch.h.
+
+namespace
+{
+inline TVectors all(const double* v)
+{
+  return {TDoubles(v[0]), TDoubles(v[1]), TDoubles(v[2])};
+}
+inline TVectors select(const TMask& m, const TVectors& a, const TVectors& b)
+{
+  return {select(m, a.x, b.x), select(m, a.y, b.y), select(m, a.z, b.z)};
+}
+constexpr double PROXIMITY_FAR = 1e300;
+
+/// 0 where the number is 0.
+inline TDoubles inverse(const TDoubles& v)
+{
+  return select(v > TDoubles(0.0), TDoubles(1.0) / v, TDoubles(0.0));
+}
+
+/// A packet of b in the frame of a.
+struct CPlacedPacket
+{
+  std::uint32_t rank = PROXIMITY_NONE;
+  bool hasEdges = false;
+  bool hasInverses = false;
+  TVectors corners[3];
+  TVectors normal;
+  TVectors edges[3];
+  TDoubles squares[3];  ///< of the edges' lengths
+  TDoubles longest;     ///< of the squares
+  TVectors across;      ///< normals that are not of unit length
+  TDoubles inverses[3]; ///< of these squares
+
+  void place(const CProximityPacket& i_packet, std::uint32_t i_rank, const CProximityMove& i_move)
+  {
+    rank = i_rank;
+    hasEdges = hasInverses = false;
+    const double* m = i_move.rotation;
+    const double* t = i_move.translation;
+    for (int k = 0; k < 3; ++k)
+    {
+      const TDoubles x(i_packet.corners[k][0]), y(i_packet.corners[k][1]), z(i_packet.corners[k][2]);
+      corners[k].x = ((x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2])) + TDoubles(t[0]);
+      corners[k].y = ((x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5])) + TDoubles(t[1]);
+      corners[k].z = ((x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8])) + TDoubles(t[2]);
+    }
+    const TDoubles x(i_packet.normal[0]), y(i_packet.normal[1]), z(i_packet.normal[2]);
+    normal.x = (x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2]);
+    normal.y = (x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5]);
+    normal.z = (x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8]);
+  }
+
+  void makeEdges()
+  {
+    hasEdges = true;
+    for (int k = 0; k < 3; ++k)
+    {
+      edges[k] = corners[(k + 1) % 3] - corners[k];
+      squares[k] = dot(edges[k], edges[k]);
+    }
+    across = cross(edges[0], edges[1]);
+    longest = larger(larger(squares[0], squares[1]), squares[2]);
+  }
+  void makeInverses()
+  {
+    hasInverses = true;
+    for (int k = 0; k < 3; ++k)
+      inverses[k] = inverse(squares[k]);
+  }
+};
+
+/// A triangle of a, against the four of a packet.
+struct CProximityRow
+{
+  TVectors corners[3];
+  TVectors normal;
+
+  void load(const CProximityPacket& i_packet, unsigned int i_lane)
+  {
+    for (int k = 0; k < 3; ++k)
+      corners[k] = {TDoubles(i_packet.corners[k][0][i_lane]), TDoubles(i_packet.corners[k][1][i_lane]),
+                    TDoubles(i_packet.corners[k][2][i_lane])};
+    normal = {TDoubles(i_packet.normal[0][i_lane]), TDoubles(i_packet.normal[1][i_lane]),
+              TDoubles(i_packet.normal[2][i_lane])};
+  }
+};
+
+/// The corners of one triangle against the plane of another.
+struct CProximityHeights
+{
+  TDoubles values[3];
+  TDoubles gap; ///< of the nearest corner, if all lie on one side; otherwise not positive
+
+  void measure(const TVectors& i_normal, const TVectors& i_origin, const TVectors i_corners[3])
+  {
+    for (int k = 0; k < 3; ++k)
+      values[k] = dot(i_normal, i_corners[k] - i_origin);
+    const TDoubles lowest = smaller(smaller(values[0], values[1]), values[2]);
+    const TDoubles highest = larger(larger(values[0], values[1]), values[2]);
+    gap = larger(lowest, TDoubles(0.0) - highest);
+  }
+
+  /// Whether an edge surely runs from one side to the other.
+  TMask isCrossed(int i_edge, double i_doubt) const
+  {
+    const TDoubles from = values[i_edge], to = values[(i_edge + 1) % 3];
+    return (smaller(from, to) < TDoubles(-i_doubt)) & (larger(from, to) > TDoubles(i_doubt));
+  }
+
+  /// The square of the gap where the nearest corner lies over the face, otherwise a large number.
+  TDoubles overFace(const TVectors& i_normal, const TVectors i_face[3], const TVectors i_edges[3],
+                    const TVectors i_corners[3]) const
+  {
+    const TDoubles h0 = magnitude(values[0]), h1 = magnitude(values[1]), h2 = magnitude(values[2]);
+    const TMask isSecond = h1 < h0;
+    const TVectors two = select(isSecond, i_corners[1], i_corners[0]);
+    const TVectors corner = select(h2 < smaller(h0, h1), i_corners[2], two);
+    TMask isOver = gap > TDoubles(0.0);
+    for (int k = 0; k < 3; ++k)
+      isOver = isOver & (dot(cross(i_normal, i_edges[k]), corner - i_face[k]) > TDoubles(0.0));
+    return select(isOver, gap * gap, TDoubles(PROXIMITY_FAR));
+  }
+};
+
+/// What the signs of volumes tell about a row: which of the four triangles its own surely pierces, or they it, and
+/// which a plane along two edges surely keeps away.
+struct CProximitySigns
+{
+  TMask arePierced;
+  TMask areApart;
+
+  /// @param i_gap a plane counts if it keeps them apart by so much.
+  /// @param i_doubt by so much volumes may be wrong.
+  /// @param i_height by so much heights may be.
+  CProximitySigns(const CProximityRow& i_row, const CProximityHeights& i_onRow, const CPlacedPacket& i_placed,
+                  const CProximityHeights& i_onLanes, double i_gap, double i_doubt, double i_height)
+  {
+    const TDoubles zero(0.0), doubt(i_doubt), negative(-i_doubt);
+    const TVectors edges[3] = {i_row.corners[1] - i_row.corners[0], i_row.corners[2] - i_row.corners[1],
+                               i_row.corners[0] - i_row.corners[2]};
+    const TVectors across = cross(edges[0], edges[1]);
+    const TDoubles squares[3] = {dot(edges[0], edges[0]), dot(edges[1], edges[1]), dot(edges[2], edges[2])};
+    const TDoubles longest = larger(larger(squares[0], squares[1]), larger(squares[2], i_placed.longest));
+    const TDoubles clear = longest * TDoubles(i_gap) + doubt;
+    // How far the third corners reach beyond the edges.
+    TDoubles rowLow[3], rowHigh[3];
+    for (int j = 0; j < 3; ++j)
+    {
+      const TDoubles third = zero - dot(i_placed.edges[j], across);
+      rowLow[j] = smaller(third, zero);
+      rowHigh[j] = larger(third, zero);
+    }
+    TDoubles lows[3], highs[3], apart(-PROXIMITY_FAR);
+    arePierced = zero > zero;
+    for (int i = 0; i < 3; ++i)
+    {
+      const TDoubles third = dot(edges[i], i_placed.across);
+      const TDoubles low = smaller(third, zero), high = larger(third, zero);
+      TDoubles volumes[3];
+      for (int j = 0; j < 3; ++j)
+      {
+        const TVectors offset = i_placed.corners[j] - i_row.corners[i];
+        volumes[j] = dot(cross(edges[i], i_placed.edges[j]), offset);
+        apart = larger(apart, larger((volumes[j] + low) - rowHigh[j], (rowLow[j] - volumes[j]) - high));
+        lows[j] = i == 0 ? volumes[j] : smaller(lows[j], volumes[j]);
+        highs[j] = i == 0 ? volumes[j] : larger(highs[j], volumes[j]);
+      }
+      const TDoubles lowest = smaller(smaller(volumes[0], volumes[1]), volumes[2]);
+      const TDoubles highest = larger(larger(volumes[0], volumes[1]), volumes[2]);
+      arePierced = arePierced | (((lowest > doubt) | (highest < negative)) & i_onLanes.isCrossed(i, i_height));
+    }
+    for (int j = 0; j < 3; ++j)
+      arePierced = arePierced | (((lows[j] > doubt) | (highs[j] < negative)) & i_onRow.isCrossed(j, i_height));
+    areApart = apart > clear;
+  }
+};
+} // namespace
