@@ -143,7 +143,7 @@ inline void addSquaredColumn(double i_value, double i_turn, double i_scale, cons
   }
 }
 
-/// Of differences within a full turn.
+/// Of differences within two turns: what is taken off them is exact, as is a remainder.
 inline void addSquaredCircularColumn(double i_value, double i_scale, const double* i_column, std::size_t i_pairCount,
                                      TDoublePair* io_squared)
 {
@@ -152,8 +152,9 @@ inline void addSquaredCircularColumn(double i_value, double i_scale, const doubl
   for (std::size_t i = 0; i < i_pairCount; ++i)
   {
     const TDoublePair difference = loadPair(i_column + 2 * i) - value;
-    const TDoublePair turn = where(difference >= PI, 2.0 * PI) - where(difference < -PI, 2.0 * PI);
-    const TDoublePair d = (difference - turn) * scale;
+    const TDoublePair angle =
+      difference - (where(difference >= 2.0 * PI, 2.0 * PI) - where(difference <= -2.0 * PI, 2.0 * PI));
+    const TDoublePair d = (angle - (where(angle >= PI, 2.0 * PI) - where(angle < -PI, 2.0 * PI))) * scale;
     io_squared[i] += d * d;
   }
 }
@@ -170,7 +171,7 @@ void addSquaredAngles(double i_value, double i_from, double i_to, double i_scale
     addSquaredColumn(i_value, 2.0 * PI, i_scale, i_column, i_pairCount, io_squared);
   else if (i_from >= -3.0 * PI && i_to < -PI)
     addSquaredColumn(i_value, -2.0 * PI, i_scale, i_column, i_pairCount, io_squared);
-  else if (i_from > -2.0 * PI && i_to < 2.0 * PI)
+  else if (i_from > -4.0 * PI && i_to < 4.0 * PI)
     addSquaredCircularColumn(i_value, i_scale, i_column, i_pairCount, io_squared);
   else
     for (std::size_t i = 0; i < 2 * i_pairCount; ++i)

@@ -86,7 +86,8 @@ std::vector<CorvLinkSearch::CWanted> CorvLinkSearch::wantedComponents() const
   const CorvRoadmapShPtr roadmap = m_node->roadmap();
   const CorvConnectedComponentShPtr own = m_node->connectedComponent();
   std::vector<CWanted> wanted;
-  for (unsigned int rank = 0; rank < roadmap->countConnectedComponents(); ++rank)
+  const unsigned int count = roadmap->countConnectedComponents();
+  for (unsigned int rank = 0; rank < count; ++rank)
   {
     const CorvConnectedComponentShPtr component = roadmap->connectedComponent(rank);
     const bool isConnected = component == own || (isFromNode() ? own->hasTransitiveOutComponent(component)
@@ -96,8 +97,10 @@ std::vector<CorvLinkSearch::CWanted> CorvLinkSearch::wantedComponents() const
         {isFromNode() ? component->countTransitiveInComponents() : component->countTransitiveOutComponents(), component,
          true});
   }
-  std::stable_sort(wanted.begin(), wanted.end(),
-                   [](const CWanted& i_a, const CWanted& i_b) { return i_a.key < i_b.key; });
+  // Mostly there is one, and sorting would allocate.
+  if (wanted.size() > 1)
+    std::stable_sort(wanted.begin(), wanted.end(),
+                     [](const CWanted& i_a, const CWanted& i_b) { return i_a.key < i_b.key; });
   return wanted;
 }
 

@@ -268,6 +268,8 @@ lmStatus CorvConnectedComponent::inoutBoundingBox(TBox& o_box) const
 
 lmStatus CorvConnectedComponent::uniteBoxes(bool i_in, bool i_out, TBox& o_box) const
 {
+  if (!(i_in && !m_inComponents.empty()) && !(i_out && !m_outComponents.empty()))
+    return boundingBox(o_box);
   TBox box;
   bool isUnited = true;
   unsigned int nodeCount = 0;
@@ -387,22 +389,23 @@ std::size_t CorvConnectedComponent::coverTreeMemorySize() const
 void CorvConnectedComponent::updateIndex(const CorvNodeShPtr& i_newNode)
 {
   if (isIndexCurrent())
-    enterIndex(TNodeList(1, i_newNode));
+    enterIndex(i_newNode);
   else if (m_nodes.size() >= m_minSizeForIndex)
-  {
-    m_index = CorvNodeIndex::create(m_nodes.front()->config().space());
-    enterIndex(m_nodes);
-  }
+    makeIndex();
+}
+
+void CorvConnectedComponent::makeIndex()
+{
+  m_index = CorvNodeIndex::create(m_nodes.front()->config().space());
+  for (const CorvNodeShPtr& node : m_nodes)
+    enterIndex(node);
 }
 
 /// Without an index, or if a node cannot be entered, none is built before the component has twice the size.
-void CorvConnectedComponent::enterIndex(const TNodeList& i_nodes)
+void CorvConnectedComponent::enterIndex(const CorvNodeShPtr& i_node)
 {
-  for (const CorvNodeShPtr& node : i_nodes)
-  {
-    if (m_index && !m_index->insert(node))
-      m_index.reset();
-  }
+  if (m_index && !m_index->insert(i_node))
+    m_index.reset();
   if (!m_index)
     m_minSizeForIndex = 2 * std::max<std::size_t>(m_nodes.size(), s_minSizeForCoverTree);
 }
@@ -711,6 +714,7 @@ void CorvConnectedComponent::addIsolatedNode(const CorvNodeShPtr& i_connectedNod
     owner->removeConnectedComponent(lone);
     lone->m_nodes.clear();
     lone->m_box.clear();
+    lone->m_index.reset();
   }
   addNode(i_isolatedNode);
   const double length = lengthOfEdge(*i_edgeOut) + lengthOfEdge(*i_edgeIn);
@@ -979,7 +983,7 @@ void CorvConnectedComponent::takeLengths(const TComponents& i_parts, const CorvC
   m_outgoingEdgesLength -= between - i_edgeLength;
 }
 
-/// Takes over the tree of the largest part that has one and enters the nodes of the others.
+/// Takes over the index of the largest part that has one and enters the nodes of the others.
 void CorvConnectedComponent::takeIndex(const TComponents& i_parts)
 {
   CorvConnectedComponent* source = nullptr;
@@ -993,8 +997,10 @@ void CorvConnectedComponent::takeIndex(const TComponents& i_parts)
   m_index = std::move(source->m_index);
   for (const CorvConnectedComponentShPtr& part : i_parts)
   {
-    if (part.get() != source)
-      enterIndex(part->m_nodes);
+    if (part.get() == source)
+      continue;
+    for (const CorvNodeShPtr& node : part->m_nodes)
+      enterIndex(node);
   }
 }
 
@@ -1016,8 +1022,5 @@ void CorvConnectedComponent::takeNodes(const TComponents& i_parts, const CorvCon
   }
   m_cell->component = self();
   if (!m_index && m_nodes.size() >= m_minSizeForIndex)
-  {
-    m_index = CorvNodeIndex::create(m_nodes.front()->config().space());
-    enterIndex(m_nodes);
-  }
+    makeIndex();
 }

@@ -222,7 +222,8 @@ private:
   bool isSpaceMetric(const CorvMetricConstShPtr& i_metric) const { return i_metric == spaceMetric(); }
   bool isIndexCurrent() const;
   void updateIndex(const CorvNodeShPtr& i_newNode);
-  void enterIndex(const TNodeList& i_nodes);
+  void makeIndex();
+  void enterIndex(const CorvNodeShPtr& i_node);
   CorvNodeShPtr scanNearest(const CorvConfig& i_config, const CorvMetric* i_metric) const;
   CorvNodeShPtr nearestOf(const CorvConfig& i_config, const CorvMetricConstShPtr& i_metric, bool i_in,
                           bool i_out) const;
