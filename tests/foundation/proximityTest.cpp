@@ -12,11 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <limits>
 
 namespace
 {
-constexpr double INF = std::numeric_limits<double>::infinity();
 using TSolidity = ClumSweptTriangles;
 
 /// The kernel of the library in use, put back at the end.
