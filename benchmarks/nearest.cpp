@@ -101,6 +101,31 @@ std::size_t flatScan(const std::vector<double>& i_values, const double* i_query)
   return nearest;
 }
 
+/// Queries as a growing tree makes them: near the tree, a step beyond a node.
+std::vector<CorvConfig> queriesNear(const CorvRoadmap& i_roadmap)
+{
+  std::vector<CorvConfig> queries;
+  for (int i = 0; i < 50; ++i)
+  {
+    CorvConfig query(i_roadmap.node(CorvUtility::random(0, static_cast<int>(i_roadmap.countNodes()) - 1))->config());
+    query.randomStep(0.3);
+    queries.push_back(query);
+  }
+  return queries;
+}
+
+double ratioToFlatScan(const CorvRoadmap& i_roadmap, const std::vector<CorvConfig>& i_queries)
+{
+  const CorvConnectedComponentShPtr tree = i_roadmap.node(0)->connectedComponent();
+  std::vector<double> values;
+  for (unsigned int i = 0; i < i_roadmap.countNodes(); ++i)
+    values.insert(values.end(), i_roadmap.node(i)->config().beginPtr(), i_roadmap.node(i)->config().endValues());
+  std::size_t next = 0;
+  return compare([&] { keep(flatScan(values, i_queries[next++ % i_queries.size()].beginPtr())); },
+                 [&] { keep(tree->nearestNode(i_queries[next++ % i_queries.size()])); })
+    .ratio();
+}
+
 void benchmarkNearest()
 {
   const CorvConfigSpaceShPtr space = sixBoundedDofs();
@@ -113,29 +138,20 @@ void benchmarkNearest()
   tree->nearestNode(probe);
   const double perNode = (residentBytes() - before) / roadmap->countNodes();
 
-  // Queries as a growing tree makes them: near the tree, a step beyond a node.
-  std::vector<CorvConfig> queries;
-  for (int i = 0; i < 50; ++i)
-  {
-    CorvConfig query(roadmap->node(CorvUtility::random(0, 99999))->config());
-    query.randomStep(0.3);
-    queries.push_back(query);
-  }
+  const std::vector<CorvConfig> queries = queriesNear(*roadmap);
   std::size_t next = 0;
   const Comparison nearest =
     compare([&] { keep(linearScan(*roadmap, *space->metric(), queries[next++ % queries.size()])); },
             [&] { keep(tree->nearestNode(queries[next++ % queries.size()])); });
   report("nearest of 100,000 tree-grown nodes in six dofs: linear scan / index", nearest.ratio(), "at least 10");
-
-  std::vector<double> values;
-  for (unsigned int i = 0; i < roadmap->countNodes(); ++i)
-    values.insert(values.end(), roadmap->node(i)->config().beginPtr(), roadmap->node(i)->config().endValues());
-  const Comparison flat = compare([&] { keep(flatScan(values, queries[next++ % queries.size()].beginPtr())); },
-                                  [&] { keep(tree->nearestNode(queries[next++ % queries.size()])); });
-  report("the same: a hand-written scan of one array of numbers / index", flat.ratio(), "told");
+  report("the same: a hand-written scan of one array of numbers / index", ratioToFlatScan(*roadmap, queries), "told");
   char text[64];
   std::snprintf(text, sizeof text, "%.0f bytes", perNode);
   report("memory of a node with its two edges, direct paths and its place in the index", text);
+
+  const CorvRoadmapShPtr small = CorvRoadmap::create(space);
+  growTree(small, 1000);
+  report("nearest of 1,000: the hand-written scan / index", ratioToFlatScan(*small, queriesNear(*small)), "told");
 }
 
 const Section s_nearest("nearest", benchmarkNearest);
