@@ -482,6 +482,8 @@ bool CorvConfigSpace::applyValidatorsOn(const CorvConfig& i_cfg, const ClumParam
 bool CorvConfigSpace::runValidator(const CorvValidator& i_validator, unsigned int i_rank, const CorvConfig& i_cfg,
                                    const ClumParameterMapConstShPtr& i_params) const
 {
+  if (i_cfg.space() && i_validator.watches(*i_cfg.space()))
+    return i_validator.validate(i_cfg, i_params);
   const CorvConfigSpaceShPtr space = i_validator.configSpace();
   if (!space || space == i_cfg.space())
     return i_validator.validate(i_cfg, i_params);

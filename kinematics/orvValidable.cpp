@@ -32,26 +32,26 @@ struct CorvValidable::CReports
                         { return i_entry.space.get() == i_space && i_entry.name == i_name; });
   }
 
-  void set(const ClumStringKey& i_name, const CorvConfigSpaceConstShPtr& i_space,
-           const CorvValidationReportConstShPtr& i_report)
+  void set(const ClumStringKey& i_name, const CorvConfigSpace* i_space, const CorvValidationReportConstShPtr& i_report)
   {
-    const auto found = find(i_name, i_space.get());
+    const auto found = find(i_name, i_space);
     if (found != entries.end())
     {
       found->report = i_report;
       return;
     }
-    const auto place =
-      std::upper_bound(entries.begin(), entries.end(), i_name,
-                       [](const ClumStringKey& i_key, const CEntry& i_entry)
-                       { return i_key.text() < i_entry.name.text(); });
-    entries.insert(place, CEntry{i_name, i_space, i_report});
+    const CorvConfigSpaceConstShPtr space =
+      i_space ? CorvConfigSpaceConstShPtr(i_space->self()) : CorvConfigSpaceConstShPtr();
+    const auto place = std::upper_bound(entries.begin(), entries.end(), i_name,
+                                        [](const ClumStringKey& i_key, const CEntry& i_entry)
+                                        { return i_key.text() < i_entry.name.text(); });
+    entries.insert(place, CEntry{i_name, space, i_report});
   }
 };
 
 namespace
 {
-const CorvConfigSpace* unwrappedOrNull(const CorvConfigSpaceShPtr& i_space)
+const CorvConfigSpace* unwrappedOrNull(const CorvConfigSpace* i_space)
 {
   return i_space ? &i_space->unwrapped() : nullptr;
 }
@@ -73,7 +73,7 @@ bool CorvValidable::isValid() const
     return false;
   if (!m_reports)
     return true;
-  const CorvConfigSpaceShPtr space = configSpace();
+  const CorvConfigSpace* space = bareSpace();
   for (const CReports::CEntry& entry : m_reports->entries)
     if (!entry.report->isValid() && (space ? entry.space && space->includes(*entry.space) : !entry.space))
       return false;
@@ -101,6 +101,11 @@ bool CorvValidable::needsRevalidationWith(const CorvValidator&, const ClumParame
 CorvValidatorShPtr CorvValidable::designatedValidator() const
 {
   return CorvValidatorShPtr();
+}
+
+const CorvConfigSpace* CorvValidable::bareSpace() const
+{
+  return configSpace().get();
 }
 
 bool CorvValidable::shouldSelfValidate() const
@@ -153,7 +158,7 @@ CorvValidationReportConstShPtr CorvValidable::keyedReport(const ClumStringKey& i
 {
   if (!m_reports)
     return CorvValidationReportConstShPtr();
-  const auto found = m_reports->find(i_name, unwrappedOrNull(configSpace()));
+  const auto found = m_reports->find(i_name, unwrappedOrNull(bareSpace()));
   return found == m_reports->entries.end() ? CorvValidationReportConstShPtr() : found->report;
 }
 
@@ -163,7 +168,7 @@ CorvValidationReportConstShPtr CorvValidable::report(unsigned int i_rank, std::s
   selfValidateWhenDue();
   if (!m_reports)
     return CorvValidationReportConstShPtr();
-  const CorvConfigSpaceShPtr space = configSpace();
+  const CorvConfigSpace* space = bareSpace();
   for (const CReports::CEntry& entry : m_reports->entries)
   {
     const bool isHere = entry.space.get() == unwrappedOrNull(space);
@@ -200,11 +205,8 @@ void CorvValidable::setReport(const std::string& i_name, const CorvValidationRep
 void CorvValidable::setKeyedReport(const ClumStringKey& i_name, const CorvValidationReportConstShPtr& i_report,
                                    const CorvConfigSpaceShPtr& i_space) const
 {
-  if (!i_report)
-    return;
-  const CorvConfigSpaceConstShPtr space =
-    i_space ? CorvConfigSpaceConstShPtr(i_space->unwrapped().self()) : CorvConfigSpaceConstShPtr();
-  writableReports().set(i_name, space, i_report);
+  if (i_report)
+    writableReports().set(i_name, unwrappedOrNull(i_space.get()), i_report);
 }
 
 void CorvValidable::removeReport(const std::string& i_name) const
@@ -217,11 +219,11 @@ void CorvValidable::removeKeyedReport(const ClumStringKey& i_name) const
 {
   if (!m_reports)
     return;
-  const CorvConfigSpaceShPtr space = configSpace();
-  if (m_reports->find(i_name, unwrappedOrNull(space)) == m_reports->entries.end())
+  const CorvConfigSpace* space = unwrappedOrNull(bareSpace());
+  if (m_reports->find(i_name, space) == m_reports->entries.end())
     return;
   CReports& reports = writableReports();
-  reports.entries.erase(reports.find(i_name, unwrappedOrNull(space)));
+  reports.entries.erase(reports.find(i_name, space));
   if (reports.entries.empty())
     clearReports();
 }
@@ -277,7 +279,7 @@ bool CorvValidable::validateWith(const CorvValidator& i_validator, const ClumPar
   if (newReport)
   {
     newReport->isValid(isValid);
-    setKeyedReport(i_validator.nameKey(), newReport, configSpace());
+    writableReports().set(i_validator.nameKey(), unwrappedOrNull(bareSpace()), newReport);
   }
   else if (oldReport)
     removeKeyedReport(i_validator.nameKey());

@@ -30,9 +30,9 @@ CorvValidator::CorvValidator(const CorvConfigSpaceShPtr& i_space, const std::str
 }
 
 CorvValidator::CorvValidator(const CorvValidator& i_other)
-  : ClumMutableCodable(i_other), m_isActivated(i_other.m_isActivated), m_name(i_other.m_name), m_space(i_other.m_space),
-    m_device(i_other.m_device), m_pool(i_other.m_pool)
+  : ClumMutableCodable(i_other), m_isActivated(i_other.m_isActivated), m_name(i_other.m_name), m_pool(i_other.m_pool)
 {
+  watch(i_other.m_space, i_other.m_device);
 }
 
 CorvValidator& CorvValidator::operator=(const CorvValidator& i_other)
@@ -40,9 +40,8 @@ CorvValidator& CorvValidator::operator=(const CorvValidator& i_other)
   ClumMutableCodable::operator=(i_other);
   m_isActivated = i_other.m_isActivated;
   m_name = i_other.m_name;
-  m_space = i_other.m_space;
-  m_device = i_other.m_device;
   m_pool = i_other.m_pool;
+  watch(i_other.m_space, i_other.m_device);
   return *this;
 }
 
@@ -70,8 +69,18 @@ void CorvValidator::watch(const CorvConfigSpaceShPtr& i_space)
 {
   const CorvDeviceShPtr owner = i_space ? i_space->device() : CorvDeviceShPtr();
   const bool isOfDevice = owner && owner->internalConfigSpace().get() == &i_space->unwrapped();
-  m_device = isOfDevice ? owner : CorvDeviceShPtr();
-  m_space = isOfDevice ? CorvConfigSpaceShPtr() : i_space;
+  if (isOfDevice)
+    watch(CorvConfigSpaceWkPtr(), owner);
+  else
+    watch(i_space, CorvDeviceWkPtr());
+}
+
+void CorvValidator::watch(const CorvConfigSpaceWkPtr& i_space, const CorvDeviceWkPtr& i_device)
+{
+  m_space = i_space;
+  m_device = i_device;
+  m_bareSpace = m_space.lock().get();
+  m_bareDevice = m_device.lock().get();
 }
 
 const ClumStringKey& CorvValidator::validationSpaceParameterKey()
@@ -111,10 +120,17 @@ CorvDeviceShPtr CorvValidator::device() const
 
 const CorvConfigSpace* CorvValidator::unwrappedSpace() const
 {
-  if (const CorvDeviceShPtr device = m_device.lock())
-    return device->internalConfigSpace().get();
-  const CorvConfigSpaceShPtr space = m_space.lock();
-  return space ? &space->unwrapped() : nullptr;
+  if (!m_device.expired())
+    return m_bareDevice->internalConfigSpace().get();
+  return m_space.expired() ? nullptr : &m_bareSpace->unwrapped();
+}
+
+bool CorvValidator::watches(const CorvConfigSpace& i_space) const
+{
+  if (m_device.expired())
+    return !m_space.expired() && m_bareSpace == &i_space;
+  const CorvConfigSpace* unwrapped = &i_space.unwrapped();
+  return unwrapped != &i_space && unwrapped == m_bareDevice->internalConfigSpace().get();
 }
 
 void CorvValidator::isActivated(bool i_isActivated)
@@ -153,7 +169,7 @@ bool CorvValidator::validateInSpace(const CorvValidable& i_validable, const Clum
 {
   if (doesRequireSpace())
   {
-    const CorvConfigSpaceShPtr space = i_validable.configSpace();
+    const CorvConfigSpace* space = i_validable.bareSpace();
     if (!space || &space->unwrapped() != unwrappedSpace())
     {
       ClumLogManager::addWarning("Spaces of validable and validator don't match. See the Porting Notes if this warning "
@@ -358,8 +374,7 @@ lmStatus CorvValidator::initWithCoder(const ClumCoderShPtr& i_coder, const ClumC
     return status;
   m_isActivated = i_coder->decodeBool("activated");
   m_name = i_coder->decodeString("name");
-  m_space = i_coder->decodeWeak<CorvConfigSpace>("configSpace");
-  m_device = i_coder->decodeWeak<CorvDevice>("device");
+  watch(i_coder->decodeWeak<CorvConfigSpace>("configSpace"), i_coder->decodeWeak<CorvDevice>("device"));
   m_pool = i_coder->decode<CorvValidationPool>("pool");
   return lmStatus();
 }

@@ -78,6 +78,7 @@ public:
   /// The space of the present view.
   const CorvConfigSpaceShPtr& space() const { return topFrame().space; }
   CorvConfigSpaceShPtr configSpace() const override { return topFrame().space; }
+  const CorvConfigSpace* bareSpace() const override { return topFrame().space.get(); }
   CorvDeviceShPtr device() const;
   unsigned int size() const;
 

@@ -135,7 +135,7 @@ public:
   // Spaces and services.
   /// The space that clients use, made on demand.
   CorvConfigSpaceShPtr configSpace() const;
-  CorvCSCompositeShPtr internalConfigSpace() const { return m_configSpace; }
+  const CorvCSCompositeShPtr& internalConfigSpace() const { return m_configSpace; }
   virtual CorvSteeringMethodShPtr steeringMethod() const;
   virtual void steeringMethod(const CorvSteeringMethodShPtr& i_method);
   CorvMetricShPtr metric() const;

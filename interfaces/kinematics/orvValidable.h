@@ -131,7 +131,11 @@ protected:
       selfValidate();
   }
 
+  /// `configSpace().get()`, without a handle.
+  virtual const CorvConfigSpace* bareSpace() const;
+
 private:
+  friend class CorvValidator;
   struct CReports;
 
   void selfValidate() const;

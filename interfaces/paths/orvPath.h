@@ -98,6 +98,7 @@ public:
   lmStatus getConfigAtEnd(CorvConfig& io_cfg) const override;
   CorvDeviceShPtr device() const override;
   CorvConfigSpaceShPtr configSpace() const override;
+  const CorvConfigSpace* bareSpace() const override { return m_configSpace.get(); }
   bool isOriented() const override;
   void describe(const CorvPathVisitorShPtr& i_visitor) const override;
   lmStatus boundedMoveByBody(double i_tStart, EDirection i_direction, double& o_tGoal, bool& o_hitsEnd,

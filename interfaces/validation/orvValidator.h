@@ -41,6 +41,8 @@ public:
   CorvDeviceShPtr device() const;
   /// The space that the validator watches without the wrapper that clients see, for comparisons. Makes nothing.
   const CorvConfigSpace* unwrappedSpace() const;
+  /// True if `configSpace()` is this very space.
+  bool watches(const CorvConfigSpace& i_space) const;
 
   bool isActivated() const { return m_isActivated; }
   /// A deactivated validator passes everything. Invalidates the space.
@@ -139,6 +141,7 @@ protected:
 private:
   /// Watches the space, or the device whose space it is.
   void watch(const CorvConfigSpaceShPtr& i_space);
+  void watch(const CorvConfigSpaceWkPtr& i_space, const CorvDeviceWkPtr& i_device);
   bool validateInSpace(const CorvValidable& i_validable, const ClumParameterMapConstShPtr& i_params) const;
   bool validateActivated(const CorvValidable& i_validable, const ClumParameterMapConstShPtr& i_params) const;
 
@@ -146,6 +149,8 @@ private:
   ClumStringKey m_name{""};
   CorvConfigSpaceWkPtr m_space; ///< unset if the device is held
   CorvDeviceWkPtr m_device;
+  const CorvConfigSpace* m_bareSpace = nullptr; ///< what `m_space` leads to, for as long as it has not expired
+  const CorvDevice* m_bareDevice = nullptr;
   CorvValidationPoolShPtr m_pool;
   mutable ClumParameterMapShPtr m_spaceParams; ///< scratch that carries the validation space; taken out while in use
 };
