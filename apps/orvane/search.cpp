@@ -33,6 +33,8 @@ constexpr double FAR_EXTENSION = 8.0;
 constexpr double FIRST_NEAR_TURN = 40.0;
 constexpr double FIRST_FAR_TURN = 6.0;
 constexpr double TURN_GROWTH = 1.5;
+/// New nodes that are passed over before one is linked to the other tree.
+constexpr int LINK_INTERVAL = 1;
 /// Of the part's smallest side: a penetration beyond it is worth a note.
 constexpr double NOTABLE_PENETRATION = 0.5;
 /// At penetration 0, the clearance that is asked for, as a part of the part's radius.
@@ -69,7 +71,7 @@ ClumParameterMapShPtr makeParameters(double i_penetration, double i_deviation)
   const ClumParameterMapShPtr parameters = ClumParameterMap::create();
   parameters->setDouble("orvane.core.validator.dp.collision.penetration", i_penetration)
     .setDouble("orvane.core.shooter.standard-deviation", i_deviation)
-    .setInt("orvane.core.builder.mono-diffusing.link-interval", 0)
+    .setInt("orvane.core.builder.mono-diffusing.link-interval", LINK_INTERVAL)
     .setInt("orvane.core.linker-standard.nearest-node-count", 1)
     .setBool("orvane.core.builder-planner.force-path-on-failure", false);
   return parameters;
