@@ -68,7 +68,7 @@ bool ClumProximityCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a,
                                                   ClumTrianglePair* io_pair) const
 {
   CProximityPair pair(i_a, i_poseA, i_b, i_poseB);
-  if (pair.ballGap() > pair.slack())
+  if (pair.ballGap() > pair.slack() || pair.boxGap() > pair.slack())
     return false;
   if (io_pair)
     pair.hint(io_pair->a, io_pair->b);
@@ -86,7 +86,9 @@ void ClumProximityCollisionToolkit::doBoundedDistance(const ClumCollisionModel& 
                                                       ClumDistanceResult& o_result) const
 {
   CProximityPair pair(i_a, i_poseA, i_b, i_poseB);
-  const double gap = pair.ballGap() - pair.slack();
+  double gap = pair.ballGap() - pair.slack();
+  if (gap < i_cap && i_cap < PROXIMITY_INFINITY)
+    gap = std::max(gap, pair.boxGap() - pair.slack());
   const bool isRemote = pair.length() > PROXIMITY_REMOTE_RATIO * (pair.a().radius() + pair.b().radius());
   if (gap > 0.0 && (gap >= i_cap || isRemote))
   {

@@ -199,20 +199,45 @@ bool CProximityModel::isInside(const ClumVect3& i_point) const
   return crossings.winding != 0 || !crossings.oddParts.empty();
 }
 
-bool CProximityModel::mayHavePartsNear(const ClumVect3& i_center, double i_radius) const
+CProximityModel::CNearBall CProximityModel::nearBall(const ClumVect3& i_center, double i_radius) const
 {
-  const float x = static_cast<float>(i_center.x()), y = static_cast<float>(i_center.y());
-  const float z = static_cast<float>(i_center.z());
-  // In single precision, with room for its rounding.
-  const double reach = i_radius + 1e-6 * (i_radius + m_radius + i_center.norm());
-  const float square = static_cast<float>(reach * reach * (1.0 + 1e-6));
-  int countNear = 0;
-  for (std::size_t i = 0; i < m_parts.size(); ++i)
+  const double size = std::fabs(i_center.x()) + std::fabs(i_center.y()) + std::fabs(i_center.z());
+  const double reach = i_radius + 1e-6 * (i_radius + m_radius + size);
+  return {static_cast<float>(i_center.x()), static_cast<float>(i_center.y()), static_cast<float>(i_center.z()),
+          static_cast<float>(reach * reach * (1.0 + 1e-6))};
+}
+
+std::size_t CProximityModel::nextPartNear(const CNearBall& i_ball, std::size_t i_from) const
+{
+  constexpr std::size_t BLOCK = 16;
+  const float *xs = m_partPoints[0].data(), *ys = m_partPoints[1].data(), *zs = m_partPoints[2].data();
+  const CNearBall ball = i_ball;
+  const auto isNear = [=](std::size_t i)
   {
-    const float dx = m_partPoints[0][i] - x, dy = m_partPoints[1][i] - y, dz = m_partPoints[2][i] - z;
-    countNear += dx * dx + dy * dy + dz * dz <= square;
+    const float x = xs[i] - ball.x, y = ys[i] - ball.y, z = zs[i] - ball.z;
+    return !(x * x + y * y + z * z > ball.square);
+  };
+  const std::size_t count = m_parts.size();
+  std::size_t i = i_from;
+  while (i < count)
+  {
+    // Mostly none of a block is.
+    if (i % BLOCK == 0 && i + BLOCK <= count)
+    {
+      int countNear = 0;
+      for (std::size_t k = i; k < i + BLOCK; ++k)
+        countNear += isNear(k);
+      if (countNear == 0)
+      {
+        i += BLOCK;
+        continue;
+      }
+    }
+    if (isNear(i))
+      return i;
+    ++i;
   }
-  return countNear > 0 || !(square < std::numeric_limits<float>::max());
+  return count;
 }
 
 double CProximityModel::support(const ClumVect3& i_direction) const

@@ -45,8 +45,14 @@ public:
   /// No two points of a closed part are farther apart.
   double solidSize() const { return m_solidSize; }
   bool hasSolid() const { return m_solidSize > 0.0; }
-  /// False if the points of all parts are farther from a place than a radius.
-  bool mayHavePartsNear(const ClumVect3& i_center, double i_radius) const;
+  /// In single precision, with room for its rounding.
+  struct CNearBall
+  {
+    float x, y, z, square;
+  };
+  CNearBall nearBall(const ClumVect3& i_center, double i_radius) const;
+  /// The first part from a rank on of which the point may lie in the ball; the number of parts if there is none.
+  std::size_t nextPartNear(const CNearBall& i_ball, std::size_t i_from) const;
   /// True if the point, in the model's coordinates, lies inside of a closed part. A point of the surface may get either
   /// answer.
   bool isInside(const ClumVect3& i_point) const;

@@ -4,6 +4,9 @@
 #include "foundation/lumProximityFar.h"
 #include "foundation/lumTriangleDistance.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace
 {
 /// What is taken off a distance for rounding, in parts of the sizes involved, and of how far the poses reach.
@@ -26,6 +29,29 @@ struct CPairOfTriangles
     }
   }
 };
+
+/// Not less than the length, and quicker.
+double sumOfCoordinates(const ClumVect3& i_vector)
+{
+  return std::fabs(i_vector.x()) + std::fabs(i_vector.y()) + std::fabs(i_vector.z());
+}
+
+/// A box in single precision has axes that are orthonormal to so much.
+constexpr double PROXIMITY_AXES_SHARE = 1.0 + 1e-6;
+
+/// A lower bound of the distance of a point from the box around all triangles of a model.
+double distanceFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
+{
+  const CProximityBox& box = *i_tree.boxes;
+  const double x = i_point.x() - box.center[0], y = i_point.y() - box.center[1], z = i_point.z() - box.center[2];
+  double square = 0.0;
+  for (const float* axis : box.axes)
+  {
+    const double gap = std::fabs(x * axis[0] + y * axis[1] + z * axis[2]) - axis[3];
+    square += gap > 0.0 ? gap * gap : 0.0;
+  }
+  return std::sqrt(square) / PROXIMITY_AXES_SHARE;
+}
 
 bool arePairCornersPierced(const double i_row[9], const double i_lane[9])
 {
@@ -55,13 +81,20 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   moveTo(ClumVect3(i_poseA.xAxis().scalarProduct(offset), i_poseA.axis(ClumMat4::Y_AXIS).scalarProduct(offset),
                    i_poseA.axis(ClumMat4::Z_AXIS).scalarProduct(offset)));
   m_slack = PROXIMITY_SIZE_SLACK * (m_a.radius() + m_b.radius() + m_length) +
-            PROXIMITY_POSE_SLACK * (placeA.norm() + placeB.norm() + turnedA.norm() + turnedB.norm());
+            PROXIMITY_POSE_SLACK * ((sumOfCoordinates(placeA) + sumOfCoordinates(placeB)) +
+                                    (sumOfCoordinates(turnedA) + sumOfCoordinates(turnedB)));
   m_query.a = m_a.tree();
   m_query.b = m_b.tree();
   m_query.sweep = m_sweep;
   m_query.hintA = m_query.hintB = PROXIMITY_NONE;
   m_query.isPierced = &arePairCornersPierced;
   m_query.distance = &pairCornersDistance;
+}
+
+double CProximityPair::boxGap() const
+{
+  return std::max(distanceFromBox(m_query.a, translation()) - m_b.radius() - m_a.sweep(),
+                  distanceFromBox(m_query.b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
 }
 
 ClumVect3 CProximityPair::translation() const
@@ -147,29 +180,32 @@ bool CProximityPair::isFar() const
 
 bool CProximityPair::areTouching()
 {
-  return ballGap() <= m_slack && (searchContact().best <= reach() || isNested());
+  return ballGap() <= m_slack && boxGap() <= m_slack && (searchContact().best <= reach() || isNested());
 }
 
 bool CProximityPair::isNested() const
 {
-  return (m_a.hasSolid() && m_b.mayHavePartsNear(toB(ClumVect3()), m_a.tree().radius) && isSecondInFirst()) ||
-         (m_b.hasSolid() && m_a.mayHavePartsNear(translation(), m_b.tree().radius) && isFirstInSecond());
+  return (m_a.hasSolid() && isSecondInFirst()) || (m_b.hasSolid() && isFirstInSecond());
 }
 
 // A part that lies inside is not longer than what it lies in.
 
 bool CProximityPair::isSecondInFirst() const
 {
-  for (const CProximityModel::CPart& part : m_b.parts())
-    if (part.reach <= m_a.solidSize() && m_a.isInside(toA(part.point)))
+  const CProximityModel::CNearBall ball = m_b.nearBall(toB(ClumVect3()), m_a.tree().radius);
+  const std::vector<CProximityModel::CPart>& parts = m_b.parts();
+  for (std::size_t i = 0; (i = m_b.nextPartNear(ball, i)) < parts.size(); ++i)
+    if (parts[i].reach <= m_a.solidSize() && m_a.isInside(toA(parts[i].point)))
       return true;
   return false;
 }
 
 bool CProximityPair::isFirstInSecond() const
 {
-  for (const CProximityModel::CPart& part : m_a.parts())
-    if (part.reach <= m_b.solidSize() && m_b.isInside(toB(part.point)))
+  const CProximityModel::CNearBall ball = m_a.nearBall(translation(), m_b.tree().radius);
+  const std::vector<CProximityModel::CPart>& parts = m_a.parts();
+  for (std::size_t i = 0; (i = m_a.nextPartNear(ball, i)) < parts.size(); ++i)
+    if (parts[i].reach <= m_b.solidSize() && m_b.isInside(toB(parts[i].point)))
       return true;
   return false;
 }

@@ -26,6 +26,8 @@ public:
   double reach() const { return m_sweep + m_slack; }
   /// A lower bound for the swept shapes from their enclosing balls.
   double ballGap() const { return m_length - m_a.radius() - m_b.radius(); }
+  /// One from the enclosing ball of either and the box around the other, which is better for long shapes.
+  double boxGap() const;
   /// Of the second, in the coordinates of the first.
   ClumVect3 translation() const;
   ClumVect3 toA(const ClumVect3& i_point) const;
