@@ -31,6 +31,8 @@ constexpr float GAP_ROUNDING = 1.0f - 1e-6f;
 constexpr float REACH_ROUNDING = 1.0f + 2e-6f;
 /// A distance within which nothing was looked at.
 constexpr float NOWHERE = -1.0f;
+/// As many entries are sorted by counting.
+constexpr std::size_t ENOUGH_FOR_COUNTING = 128;
 /// As many items are measured one by one.
 constexpr std::size_t FEW = 4;
 /// Coordinates beyond this have no squares in single precision.
@@ -486,11 +488,11 @@ double ClumBroadPhase::lowerBound(unsigned int i_pair)
 void ClumBroadPhase::begin(unsigned int i_countBodies)
 {
   m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED, FAR});
-  m_entries.clear();
-  m_runs.clear();
-  m_nearest.clear();
-  m_runBegin = 0;
-  m_latestRun = NO_RUN;
+  m_waiting.clear();
+  m_fresh.clear();
+  m_sorted.clear();
+  m_late.clear();
+  m_next = 0;
 }
 
 void ClumBroadPhase::limit(unsigned int i_body, double i_limit)
@@ -499,21 +501,15 @@ void ClumBroadPhase::limit(unsigned int i_body, double i_limit)
   m_bodies[i_body].reach = static_cast<float>(i_limit) * REACH_ROUNDING;
 }
 
-/// Makes a run of the entries that came since the last one.
-void ClumBroadPhase::makeRun(unsigned int i_shape)
+inline void ClumBroadPhase::wait(float i_lower, unsigned int i_pair, unsigned int i_shape)
 {
-  const std::size_t end = m_entries.size();
-  TEntry* const first = m_entries.data() + m_runBegin;
-  std::swap(*first, *std::min_element(first, m_entries.data() + end));
-  m_nearest.push_back(entryOf(lowerOf(*first), static_cast<std::uint32_t>(m_runs.size())));
-  std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
-  m_runs.push_back({i_shape, false, m_runBegin, end});
-  m_runBegin = end;
+  m_fresh.push_back(entryOf(i_lower, m_waiting.size()));
+  m_waiting.push_back({i_pair, i_shape});
 }
 
 void ClumBroadPhase::enter(unsigned int i_pair, double i_lower)
 {
-  m_entries.push_back(entryOf(floatBelow(i_lower), i_pair));
+  wait(floatBelow(i_lower), i_pair, NO_SHAPE);
 }
 
 void ClumBroadPhase::passOver(unsigned int i_body, double i_lower)
@@ -552,7 +548,7 @@ inline void ClumBroadPhase::take(unsigned int i_shape, unsigned int i_item)
   if (lower > m_bodies[body].reach)
     passOver(body, lower);
   else
-    m_entries.push_back(entryOf(lower, i_item));
+    wait(lower, m_rowPairs[m_shapes[i_shape].firstPair + i_item], i_shape);
 }
 
 /// Whether the balls alone show that an item is beyond the limit of a shape's body.
@@ -612,7 +608,7 @@ void ClumBroadPhase::look(unsigned int i_shape, float i_from)
   {
     for (unsigned int item = 0; item < tree.ranks.size(); ++item)
       take(i_shape, tree.firstItem + item);
-    return closeRun(i_shape);
+    return;
   }
   const float to = i_from < 0.0f ? tree.spacing : 2.0f * i_from;
   const bool isLast = !(to * REACH_ROUNDING < body.reach);
@@ -621,84 +617,85 @@ void ClumBroadPhase::look(unsigned int i_shape, float i_from)
   if (!isAll && isLast)
     passOver(shape.body, body.limit);
   else if (!isAll)
-    m_entries.push_back(entryOf(to, BEYOND));
-  closeRun(i_shape);
+    wait(to, BEYOND, i_shape);
 }
 
 void ClumBroadPhase::follow(unsigned int i_shape)
 {
-  closeRun(NO_SHAPE);
   if (m_shapes[i_shape].tree != NO_TREE)
     look(i_shape, NOWHERE);
 }
 
-/// Takes the nearest from the run that handed it out, and what is now beyond the limit.
-void ClumBroadPhase::resumeRun()
+/// Sorts what is fresh, or, while some of what was sorted is left, puts it into a heap beside that.
+void ClumBroadPhase::orderFresh()
 {
-  if (m_latestRun == NO_RUN)
-    return;
-  CRun& run = m_runs[m_latestRun];
-  TEntry* const begin = m_entries.data() + run.begin;
-  TEntry* end = m_entries.data() + run.end;
-  if (run.isHeap)
-    std::pop_heap(begin, end--, TNearestOnTop());
+  if (m_next < m_sorted.size())
+    for (const TEntry entry : m_fresh)
+    {
+      m_late.push_back(entry);
+      std::push_heap(m_late.begin(), m_late.end(), TNearestOnTop());
+    }
   else
   {
-    *begin = *--end;
-    if (run.shape != NO_SHAPE)
-      end = dropBeyond(begin, end, bodyOf(run.shape));
-    std::make_heap(begin, end, TNearestOnTop());
-    run.isHeap = true;
+    if (m_fresh.size() < ENOUGH_FOR_COUNTING)
+      std::sort(m_fresh.begin(), m_fresh.end());
+    else
+      sortByBounds();
+    m_sorted.swap(m_fresh);
+    m_fresh.reserve(m_sorted.capacity()); // for walks to come
+    m_next = 0;
   }
-  run.end = static_cast<std::size_t>(end - m_entries.data());
-  if (begin != end)
-  {
-    m_nearest.push_back(entryOf(lowerOf(*begin), static_cast<std::uint32_t>(m_latestRun)));
-    std::push_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
-  }
-  m_latestRun = NO_RUN;
+  m_fresh.clear();
 }
 
-/// @return the end of what is within the body's limit.
-ClumBroadPhase::TEntry* ClumBroadPhase::dropBeyond(TEntry* i_begin, TEntry* i_end, unsigned int i_body)
+/// Sorts what is fresh by counting, 8 bits of the bounds at a time. Ranks are in order already, and stay so.
+void ClumBroadPhase::sortByBounds()
 {
-  CBody& body = m_bodies[i_body];
-  TEntry* kept = i_begin;
-  for (const TEntry* entry = i_begin; entry != i_end; ++entry)
-    if (lowerOf(*entry) > body.limit)
-      passOver(i_body, lowerOf(*entry));
-    else
-      *kept++ = *entry;
-  return kept;
+  std::uint32_t counts[4][256] = {};
+  for (const TEntry entry : m_fresh)
+    for (unsigned int pass = 0; pass < 4; ++pass)
+      ++counts[pass][entry >> (32 + 8 * pass) & 0xff];
+  m_sorted.resize(m_fresh.size());
+  for (unsigned int pass = 0; pass < 4; ++pass)
+  {
+    std::uint32_t begin = 0;
+    for (std::uint32_t& count : counts[pass])
+    {
+      const std::uint32_t end = begin + count;
+      count = begin;
+      begin = end;
+    }
+    for (const TEntry entry : m_fresh)
+      m_sorted[counts[pass][entry >> (32 + 8 * pass) & 0xff]++] = entry;
+    m_sorted.swap(m_fresh);
+  }
 }
 
 bool ClumBroadPhase::next(CCandidate& o_candidate)
 {
-  closeRun(NO_SHAPE);
-  resumeRun();
-  while (!m_nearest.empty())
+  for (;;)
   {
-    const TEntry top = m_nearest.front();
-    std::pop_heap(m_nearest.begin(), m_nearest.end(), TNearestOnTop());
-    m_nearest.pop_back();
-    const float lower = lowerOf(top);
-    const CRun& run = m_runs[rankOf(top)];
-    const unsigned int shape = run.shape;
-    if (shape != NO_SHAPE && lower > limit(bodyOf(shape)))
+    if (!m_fresh.empty())
+      orderFresh();
+    const bool isLate = !m_late.empty() && (m_next == m_sorted.size() || m_late.front() < m_sorted[m_next]);
+    if (!isLate && m_next == m_sorted.size())
+      return false;
+    const TEntry entry = isLate ? m_late.front() : m_sorted[m_next++];
+    if (isLate)
     {
-      passOver(bodyOf(shape), lower);
-      continue;
+      std::pop_heap(m_late.begin(), m_late.end(), TNearestOnTop());
+      m_late.pop_back();
     }
-    const unsigned int rank = rankOf(m_entries[run.begin]);
-    m_latestRun = rankOf(top);
-    if (shape != NO_SHAPE && rank == BEYOND)
+    const CWaiting waiting = m_waiting[rankOf(entry)];
+    const float lower = lowerOf(entry);
+    if (waiting.shape != NO_SHAPE && lower > limit(bodyOf(waiting.shape)))
+      passOver(bodyOf(waiting.shape), lower);
+    else if (waiting.pair == BEYOND)
+      look(waiting.shape, lower);
+    else
     {
-      resumeRun();
-      look(shape, lower);
-      continue;
+      o_candidate = {lower, waiting.pair};
+      return true;
     }
-    o_candidate = {lower, shape == NO_SHAPE ? rank : m_rowPairs[m_shapes[shape].firstPair + rank]};
-    return true;
   }
-  return false;
 }

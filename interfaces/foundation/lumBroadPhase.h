@@ -69,7 +69,6 @@ private:
   static constexpr unsigned int WORD = 64; ///< bits
   static constexpr unsigned int NO_SHAPE = ~0u;
   static constexpr unsigned int BEYOND = ~0u;
-  static constexpr std::size_t NO_RUN = ~std::size_t(0);
   static constexpr unsigned int NO_TREE = ~0u;
 
   /// The last places of the corners mean nothing.
@@ -129,17 +128,13 @@ private:
     double unseen;
     float reach; ///< what is farther than this by single precision is beyond the limit
   };
-  /// What waits and came together. Of what moves against what stands still, it falls together too. The first entry is
-  /// the nearest; the others lie in no order until it is gone, and then in a heap.
-  struct CRun
+  /// What waits: a pair, or all that is farther than the bound.
+  struct CWaiting
   {
+    unsigned int pair;  ///< `BEYOND` for all that is farther
     unsigned int shape; ///< that moves; `NO_SHAPE` for pairs that were entered
-    bool isHeap;
-    std::size_t begin;
-    std::size_t end;
   };
-  /// A bound in the upper half, so that entries are in its order, and in the lower half the rank of a run, of a pair
-  /// that was entered, or of an item; `BEYOND` for all that is farther than the bound.
+  /// A bound in the upper half, so that entries are in its order, and in the lower half the rank of what waits.
   using TEntry = std::uint64_t;
 
   unsigned int treeOver(const std::vector<unsigned int>& i_shapes);
@@ -160,14 +155,9 @@ private:
   bool areBallsApart(unsigned int i_shape, unsigned int i_item) const;
   void take(unsigned int i_shape, unsigned int i_item);
   void passOver(unsigned int i_body, double i_lower);
-  void closeRun(unsigned int i_shape)
-  {
-    if (m_runBegin != m_entries.size())
-      makeRun(i_shape);
-  }
-  void makeRun(unsigned int i_shape);
-  void resumeRun();
-  TEntry* dropBeyond(TEntry* i_begin, TEntry* i_end, unsigned int i_body);
+  void wait(float i_lower, unsigned int i_pair, unsigned int i_shape);
+  void orderFresh();
+  void sortByBounds();
 
   std::vector<CShape> m_shapes;
   std::vector<CFrame> m_frames; ///< of the shapes
@@ -180,9 +170,9 @@ private:
   std::vector<CVolume> m_items; ///< of all trees, in the order in which their nodes hold them
   std::vector<unsigned int> m_rowPairs;
   std::vector<CBody> m_bodies;
-  std::vector<TEntry> m_entries;
-  std::vector<CRun> m_runs;
-  std::vector<TEntry> m_nearest;    ///< a heap of the runs in which something waits
-  std::size_t m_runBegin = 0;       ///< of the entries that are in no run yet
-  std::size_t m_latestRun = NO_RUN; ///< whose nearest was handed out last
+  std::vector<CWaiting> m_waiting;
+  std::vector<TEntry> m_fresh;  ///< in no order yet
+  std::vector<TEntry> m_sorted; ///< in order from `m_next` on
+  std::vector<TEntry> m_late;   ///< a heap of what came while some was left there
+  std::size_t m_next = 0;
 };
