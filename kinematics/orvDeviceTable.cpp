@@ -30,6 +30,9 @@ constexpr double LEVER_ROUNDING = 1e-12;
 constexpr unsigned int MAX_NEWTON_STEPS = 4;
 /// Newton's steps end once one gains less than this part.
 constexpr double NEWTON_GAIN = 1e-3;
+/// A chord is shorter than its arc by less than a 24th of the angle's square, so up to this angle the slope at zero
+/// gives what the bound itself would to within the gain above. The slope is on the safe side.
+constexpr double SMALL_TURN = 0.15;
 constexpr double QUARTER_TURN = 1.57079632679489661923;
 
 /// True if the object is of one of the classes itself: a class derived from them may do something else.
@@ -358,6 +361,13 @@ lmStatus CorvDeviceTable::prepare(const double* i_values, const double* i_rates)
         return lmStatus::FAILURE;
     m_hasRates = true;
     m_advance = -1.0;
+    m_fastestTurn = 0.0;
+    for (const CMotion& motion : m_motions)
+    {
+      m_fastestTurn = std::max(m_fastestTurn, motion.whole.rate);
+      for (unsigned int i = 0; i < motion.countTurns; ++i)
+        m_fastestTurn = std::max(m_fastestTurn, motion.turns[i].rate);
+    }
   }
   place(i_values);
   return lmStatus();
@@ -407,12 +417,15 @@ void CorvDeviceTable::displacements(const double* i_values, const double* i_rate
     std::fill(o_moved, o_moved + m_bodies.size(), std::numeric_limits<double>::infinity());
     return;
   }
-  setAdvance(i_rest);
+  const bool isStraight = areTurnsSmall(i_rest);
+  if (!isStraight)
+    setAdvance(i_rest);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
     setLevers(m_bodies[b]);
+    const CBound bound = boundOf(m_bodies[b]);
     double slope;
-    o_moved[b] = displacement(m_bodies[b], boundOf(m_bodies[b]), slope);
+    o_moved[b] = isStraight ? bound.slopeAtZero * i_rest : displacement(m_bodies[b], bound, slope);
   }
 }
 
@@ -583,6 +596,12 @@ void CorvDeviceTable::setAdvance(double i_advance) const
     }
 }
 
+/// True if the bound rises with its slope at zero up to an advance, as far as that matters.
+bool CorvDeviceTable::areTurnsSmall(double i_advance) const
+{
+  return m_fastestTurn * i_advance <= SMALL_TURN;
+}
+
 /// The bound at the advance set last, and its slope there.
 double CorvDeviceTable::displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const
 {
@@ -619,6 +638,8 @@ double CorvDeviceTable::bodyAdvance(double i_allowance, const CBodyRow& i_body, 
 {
   if (i_bound.slopeAtZero * i_longest <= i_allowance)
     return i_longest;
+  if (areTurnsSmall(i_longest))
+    return i_allowance / i_bound.slopeAtZero;
   setAdvance(i_longest);
   double slope;
   if (displacement(i_body, i_bound, slope) <= i_allowance)

@@ -141,6 +141,7 @@ private:
   CBound boundOf(const CBodyRow& i_body) const;
   double slopeAtZero(const CTerm& i_term) const;
   void setAdvance(double i_advance) const;
+  bool areTurnsSmall(double i_advance) const;
   double displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const;
   double bodyAdvance(double i_allowance, const CBodyRow& i_body, const CBound& i_bound, double i_longest) const;
 
@@ -151,6 +152,7 @@ private:
   bool m_hasOtherEffects = false; ///< whose frames may change without the table's notice
   mutable bool m_isPlaced = false;
   mutable bool m_hasRates = false;
+  mutable double m_fastestTurn = 0.0;   ///< the largest rate of any turn
   mutable std::vector<double> m_values; ///< of the configuration placed last
   mutable std::vector<double> m_rates;  ///< that the motions have
   mutable std::vector<ClumMat4> m_frames;

@@ -49,7 +49,8 @@ struct CorvDirectPath::CExtras
   CMark& findOrAdd(const std::string& i_mark)
   {
     CMark* const found = find(i_mark);
-    return found ? *found : marks.emplace_back(CMark{i_mark, std::numeric_limits<double>::quiet_NaN(), CorvConfigConstShPtr()});
+    return found ? *found
+                 : marks.emplace_back(CMark{i_mark, std::numeric_limits<double>::quiet_NaN(), CorvConfigConstShPtr()});
   }
 };
 
@@ -161,14 +162,14 @@ CorvDirectPathShPtr CorvDirectPath::createByExtractingTo(const CorvDirectPathCon
 CorvDirectPathShPtr CorvDirectPath::createByExtractingFromMark(const CorvDirectPathConstShPtr& i_path,
                                                                const std::string& i_mark)
 {
-  if (!i_path)
+  double distance = 0.0;
+  CorvConfigConstShPtr from;
+  if (!i_path || getMarkedPlace(*i_path, i_mark, distance, from).failed() ||
+      !canExtract(*i_path, distance, i_path->length()))
     return CorvDirectPathShPtr();
   if (i_path->isConservative())
     return editedDirectPathCopy(i_path, [&](CorvDirectPath& io_path) { return io_path.extractFromMark(i_mark); });
-  double distance = 0.0;
-  CorvConfigConstShPtr from;
-  if (getMarkedPlace(*i_path, i_mark, distance, from).failed() || !canExtract(*i_path, distance, i_path->length()) ||
-      i_path->getMarkConfig(i_mark, from).failed())
+  if (i_path->getMarkConfig(i_mark, from).failed())
     return CorvDirectPathShPtr();
   return remake(*i_path, *from, i_path->endConfiguration());
 }
@@ -176,14 +177,13 @@ CorvDirectPathShPtr CorvDirectPath::createByExtractingFromMark(const CorvDirectP
 CorvDirectPathShPtr CorvDirectPath::createByExtractingToMark(const CorvDirectPathConstShPtr& i_path,
                                                              const std::string& i_mark)
 {
-  if (!i_path)
+  double distance = 0.0;
+  CorvConfigConstShPtr to;
+  if (!i_path || getMarkedPlace(*i_path, i_mark, distance, to).failed() || !canExtract(*i_path, 0.0, distance))
     return CorvDirectPathShPtr();
   if (i_path->isConservative())
     return editedDirectPathCopy(i_path, [&](CorvDirectPath& io_path) { return io_path.extractToMark(i_mark); });
-  double distance = 0.0;
-  CorvConfigConstShPtr to;
-  if (getMarkedPlace(*i_path, i_mark, distance, to).failed() || !canExtract(*i_path, 0.0, distance) ||
-      i_path->getMarkConfig(i_mark, to).failed())
+  if (i_path->getMarkConfig(i_mark, to).failed())
     return CorvDirectPathShPtr();
   return remake(*i_path, i_path->startConfiguration(), *to);
 }
@@ -634,7 +634,6 @@ lmStatus CorvDirectPath::initWithCoder(const ClumCoderShPtr& i_coder, const Clum
   m_extras.reset();
   const bool areCutsUsable =
     m_cutStart >= 0.0 && m_cutEnd >= 0.0 && std::isfinite(m_cutStart) && std::isfinite(m_cutEnd);
-  const bool areEndsUsable =
-    m_start.space() == m_end.space() && m_start.hasSoundValues() && m_end.hasSoundValues();
+  const bool areEndsUsable = m_start.space() == m_end.space() && m_start.hasSoundValues() && m_end.hasSoundValues();
   return m_steeringMethod && areEndsUsable && areCutsUsable ? lmStatus() : lmStatus(lmStatus::FAILURE);
 }
