@@ -13,6 +13,9 @@ constexpr double PROXIMITY_BOX_SHARE = 1.0 + 0x1p-18;
 constexpr double PROXIMITY_SURE_GAP = 1e-13;
 constexpr double PROXIMITY_SURE_SLAB = 1e-14;
 constexpr double PROXIMITY_SURE_VOLUME = 1e-14;
+/// Planes along edges are looked for if the square of the bound is less than so many times that of the longest edge:
+/// triangles that are small for their distance are seldom parted by one that is nearly across.
+constexpr double PROXIMITY_PLANES = 4.0;
 /// Edges of which the square of the sine is less are nearly parallel.
 constexpr double PROXIMITY_PARALLEL = 1e-8;
 
@@ -57,7 +60,7 @@ public:
     m_slack = PROXIMITY_BOX_SLACK * size;
     m_sureGap = PROXIMITY_SURE_GAP * size;
     m_sureSlab = PROXIMITY_SURE_SLAB * size * size;
-    m_sureVolume = PROXIMITY_SURE_VOLUME * size * size * size;
+    m_sureVolume = PROXIMITY_SURE_VOLUME * size;
     CProximityMove &toA = m_moves[0], &toB = m_moves[1];
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c)
@@ -308,14 +311,23 @@ private:
     if (IS_CONTACT || (m_trials < PROXIMITY_TRIALS && (gap < TDoubles(m_sureGap)).any()))
     {
       ++m_trials;
-      const CProximitySigns signs(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
-      if (const unsigned int pierced = signs.arePierced.lanes())
+      const CProximityVolumes<true> volumes(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
+      if (const unsigned int pierced = volumes.arePierced.lanes())
       {
         improve(0.0, 4 * i_packetA + i_lane, 4 * i_packetB + static_cast<unsigned int>(__builtin_ctz(pierced)));
         return;
       }
-      if (IS_CONTACT && (isNear & signs.areApart).lanes() == isNear.lanes())
+      if (IS_CONTACT && (isNear & volumes.areApart).lanes() == isNear.lanes())
         return;
+    }
+    if (!IS_CONTACT && (TDoubles(m_bound * m_bound) < m_placed.longest * TDoubles(PROXIMITY_PLANES)).any())
+    {
+      const CProximityVolumes<false> volumes(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
+      if ((isNear & volumes.areApart).lanes() == isNear.lanes())
+      {
+        m_passedGaps = smaller(m_passedGaps, bound);
+        return;
+      }
     }
     if (!m_placed.hasInverses)
       m_placed.makeInverses();

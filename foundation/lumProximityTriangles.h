@@ -123,26 +123,28 @@ struct CProximityHeights
   }
 };
 
-/// What the signs of volumes tell about a row: which of the four triangles its own surely pierces, or they it, and
-/// which a plane along two edges surely keeps away.
-struct CProximitySigns
+/// What the volumes of pairs of edges tell about a row: which of the four triangles its own surely pierces, or they it,
+/// and which a plane along two edges surely keeps away.
+/// @tparam IS_CONTACT the piercing is asked for. Otherwise the planes are measured more sharply.
+template <bool IS_CONTACT>
+struct CProximityVolumes
 {
   TMask arePierced;
   TMask areApart;
 
-  /// @param i_gap a plane counts if it keeps them apart by so much.
-  /// @param i_doubt by so much volumes may be wrong.
+  /// @param i_bound a plane counts if it keeps them apart by so much.
+  /// @param i_doubt by so much, times the square of the longest edge, volumes may be wrong.
   /// @param i_height by so much heights may be.
-  CProximitySigns(const CProximityRow& i_row, const CProximityHeights& i_onRow, const CPlacedPacket& i_placed,
-                  const CProximityHeights& i_onLanes, double i_gap, double i_doubt, double i_height)
+  CProximityVolumes(const CProximityRow& i_row, const CProximityHeights& i_onRow, const CPlacedPacket& i_placed,
+                    const CProximityHeights& i_onLanes, double i_bound, double i_doubt, double i_height)
   {
-    const TDoubles zero(0.0), doubt(i_doubt), negative(-i_doubt);
+    const TDoubles zero(0.0), square(i_bound * i_bound);
     const TVectors edges[3] = {i_row.corners[1] - i_row.corners[0], i_row.corners[2] - i_row.corners[1],
                                i_row.corners[0] - i_row.corners[2]};
     const TVectors across = cross(edges[0], edges[1]);
     const TDoubles squares[3] = {dot(edges[0], edges[0]), dot(edges[1], edges[1]), dot(edges[2], edges[2])};
     const TDoubles longest = larger(larger(squares[0], squares[1]), larger(squares[2], i_placed.longest));
-    const TDoubles clear = longest * TDoubles(i_gap) + doubt;
+    const TDoubles doubt = longest * TDoubles(i_doubt), negative = zero - doubt;
     // How far the third corners reach beyond the edges.
     TDoubles rowLow[3], rowHigh[3];
     for (int j = 0; j < 3; ++j)
@@ -151,8 +153,8 @@ struct CProximitySigns
       rowLow[j] = smaller(third, zero);
       rowHigh[j] = larger(third, zero);
     }
-    TDoubles lows[3], highs[3], apart(-PROXIMITY_FAR);
-    arePierced = zero > zero;
+    TDoubles lows[3], highs[3], farthest(-PROXIMITY_FAR);
+    arePierced = areApart = zero > zero;
     for (int i = 0; i < 3; ++i)
     {
       const TDoubles third = dot(edges[i], i_placed.across);
@@ -160,19 +162,30 @@ struct CProximitySigns
       TDoubles volumes[3];
       for (int j = 0; j < 3; ++j)
       {
-        const TVectors offset = i_placed.corners[j] - i_row.corners[i];
-        volumes[j] = dot(cross(edges[i], i_placed.edges[j]), offset);
-        apart = larger(apart, larger((volumes[j] + low) - rowHigh[j], (rowLow[j] - volumes[j]) - high));
+        const TVectors offset = i_placed.corners[j] - i_row.corners[i], normal = cross(edges[i], i_placed.edges[j]);
+        volumes[j] = dot(normal, offset);
+        const TDoubles apart = larger((volumes[j] + low) - rowHigh[j], (rowLow[j] - volumes[j]) - high);
+        if (!IS_CONTACT)
+        {
+          const TDoubles sure = larger(apart - doubt, zero);
+          areApart = areApart | (sure * sure > square * dot(normal, normal));
+          continue;
+        }
+        farthest = larger(farthest, apart);
         lows[j] = i == 0 ? volumes[j] : smaller(lows[j], volumes[j]);
         highs[j] = i == 0 ? volumes[j] : larger(highs[j], volumes[j]);
       }
+      if (!IS_CONTACT)
+        continue;
       const TDoubles lowest = smaller(smaller(volumes[0], volumes[1]), volumes[2]);
       const TDoubles highest = larger(larger(volumes[0], volumes[1]), volumes[2]);
       arePierced = arePierced | (((lowest > doubt) | (highest < negative)) & i_onLanes.isCrossed(i, i_height));
     }
+    if (!IS_CONTACT)
+      return;
     for (int j = 0; j < 3; ++j)
       arePierced = arePierced | (((lows[j] > doubt) | (highs[j] < negative)) & i_onRow.isCrossed(j, i_height));
-    areApart = apart > clear;
+    areApart = farthest > longest * TDoubles(i_bound) + doubt;
   }
 };
 } // namespace
