@@ -575,7 +575,8 @@ bool ClumBroadPhase::gatherMarked(unsigned int i_shape, const CNode& i_node, con
   TMarks done = {};
   if (i_from >= 0.0f)
     markNear(m_shapes[i_shape].volume.ball, i_from, i_node, done);
-  const bool hasLimit = m_bodies[bodyOf(i_shape)].reach < FAR;
+  const unsigned int body = bodyOf(i_shape);
+  const bool hasLimit = m_bodies[body].reach < FAR;
   bool isAll = true;
   for (unsigned int word = 0; word < i_node.countWords; ++word)
   {
@@ -590,7 +591,7 @@ bool ClumBroadPhase::gatherMarked(unsigned int i_shape, const CNode& i_node, con
         isAll = gather(i_shape, child, isNew ? NOWHERE : i_from, i_to) && isAll;
       }
       else if (hasLimit && areBallsApart(i_shape, child))
-        isAll = false;
+        passOver(body, limit(body));
       else
         take(i_shape, child);
     }

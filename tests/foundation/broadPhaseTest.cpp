@@ -234,6 +234,35 @@ TEST_F(BroadPhaseHall, BoundsAreSoundFarAway)
     }
 }
 
+// The boxes of the shapes are within the limit, the shapes are not: what is passed over is known all the same.
+TEST(ClumBroadPhase, ABallBetweenTheCornersOfACubeKnowsThatTheyAreThere)
+{
+  const ClumCollisionToolkitShPtr toolkit = ClumCollisionToolkit::defaultCollisionToolkit();
+  const ClumLeafGeometryShPtr corner = ClumSphere::create(0.1), ball = ClumSphere::create(6.0);
+  ClumBroadPhase phase;
+  const unsigned int moving = phase.addShape(*ball->collisionModel(*toolkit), *ball, 0);
+  for (unsigned int i = 0; i < 8; ++i)
+  {
+    const unsigned int still = phase.addShape(*corner->collisionModel(*toolkit), *corner, ClumBroadPhase::NO_BODY);
+    ClumMat4 pose;
+    pose.setTranslation({i & 1 ? 10.0 : -10.0, i & 2 ? 10.0 : -10.0, i & 4 ? 10.0 : -10.0});
+    phase.place(still, pose);
+    phase.addPair(moving, still);
+  }
+  phase.build();
+  const double distance = std::sqrt(300.0) - 6.1;
+  for (const double limit : {0.0, 4.0, 6.0, 11.0})
+  {
+    phase.begin(1);
+    phase.limit(0, limit);
+    phase.follow(moving);
+    ClumBroadPhase::CCandidate candidate;
+    EXPECT_FALSE(phase.next(candidate));
+    EXPECT_GE(phase.unseen(0), limit);
+    EXPECT_LE(phase.unseen(0), distance);
+  }
+}
+
 // More shapes than a node holds, in two heaps far apart: what is near, a heap, and all of it are found step by step.
 TEST(ClumBroadPhase, FindsTheNearestOfACrowdFromAnywhere)
 {
