@@ -178,8 +178,8 @@ LUM_PROXIMITY_INLINE TFloats widePointSquares(const TWideVectors& i_points, cons
   for (int k = 0; k < 3; ++k)
   {
     const TWideVectors edge = i_corners[(k + 1) % 3] - i_corners[k], offset = i_points - i_corners[k];
-    const TFloats share = dot(offset, edge) / larger(dot(edge, edge), TFloats(PROXIMITY_SMALLEST));
-    const TWideVectors gap = offset - edge * toUnit(share);
+    const TFloats inverse = TFloats(1.0f) / larger(dot(edge, edge), TFloats(PROXIMITY_SMALLEST));
+    const TWideVectors gap = offset - edge * toUnit(dot(offset, edge) * inverse);
     nearest = smaller(nearest, dot(gap, gap));
     inside = smaller(inside, dot(cross(i_normal, edge), offset));
   }

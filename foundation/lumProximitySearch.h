@@ -179,11 +179,14 @@ private:
     const CProximityBox* boxes = m_trees[side]->boxes + node.firstBox;
     const CPlacedBox box = m_moves[side].placed(placed);
     TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
-    if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) &&
-        size(placed) > PROXIMITY_LEAST_LEAF)
-      keys = keysToTriangles(side, node, placed.child, keys);
     const TFloats threshold(m_threshold);
-    const unsigned int near = lanesBelow(keys, threshold);
+    unsigned int near = lanesBelow(keys, threshold);
+    if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) &&
+        size(placed) > PROXIMITY_LEAST_LEAF && near != 0)
+    {
+      keys = keysToTriangles(side, node, placed.child, keys);
+      near = lanesBelow(keys, threshold);
+    }
     if (!IS_CONTACT)
       m_passedKeys = smaller(m_passedKeys, pick(threshold, keys, TFloats(PROXIMITY_LARGEST), keys));
     if (near == 0)

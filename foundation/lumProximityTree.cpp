@@ -507,12 +507,24 @@ private:
     for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
     {
       m_places[m_order[i]] = 4 * packet + m_filled;
+      writeTriangle(m_packets[packet], m_filled, m_order[i]);
       // The lanes behind are filled too: those that stay free repeat a triangle.
-      for (std::uint32_t lane = m_filled; lane < TREE_LEAF; ++lane)
-        writeTriangle(m_packets[packet], lane, m_order[i]);
+      for (std::uint32_t lane = m_filled + 1; lane < TREE_LEAF; ++lane)
+        repeatTriangle(m_packets[packet], m_filled, lane);
       ++m_filled;
     }
     return child;
+  }
+
+  static void repeatTriangle(CProximityPacket& io_packet, std::uint32_t i_from, std::uint32_t i_to)
+  {
+    for (unsigned int c = 0; c < 3; ++c)
+    {
+      for (auto& corner : io_packet.corners)
+        corner[c][i_to] = corner[c][i_from];
+      io_packet.normal[c][i_to] = io_packet.normal[c][i_from];
+    }
+    io_packet.id[i_to] = io_packet.id[i_from];
   }
 
   void writeTriangle(CProximityPacket& o_packet, std::uint32_t i_lane, std::uint32_t i_triangle) const
