@@ -128,8 +128,8 @@ private:
       float left = i_lastKey;
       for (unsigned int i = 0; i < m_countGroups; ++i)
       {
-        const float key = first(least(only(TFloats(m_groups[i].keys), m_groups[i].lanes)));
-        left = key < left ? key : left;
+        const float nearest = first(least(only(TFloats(m_groups[i].keys), m_groups[i].lanes)));
+        left = nearest < left ? nearest : left;
       }
       lower = distanceOfKey(left) < lower ? distanceOfKey(left) : lower;
     }
