@@ -15,6 +15,7 @@
 #include "kinematics/orvJointRotation.h"
 #include "kinematics/orvJointTranslation.h"
 #include "kinematics/orvKinematicalEffect.h"
+#include "kinematics/orvMotionBound.h"
 #include "support/devices.h"
 #include "validation/orvValidatorSet.h"
 
@@ -366,6 +367,40 @@ TEST_F(BoundedMove, DisplacementsOfAWholeMotionAreBoundedAtEveryScale)
     std::vector<double> untouched = {-1.0};
     EXPECT_TRUE(m_device->boundDisplacements(config, -1.0, rates, untouched).failed());
     EXPECT_EQ(untouched, std::vector<double>{-1.0});
+  }
+}
+
+TEST_F(BoundedMove, OneBoundAnswersSeveralQuestionsWhateverIsAskedBetween)
+{
+  for (unsigned int trial = 0; trial < 40; ++trial)
+  {
+    makeDevice(trial % 2 == 0 ? std::vector<int>{5, 0, 3} : std::vector<int>{0, 2, 6, 4});
+    const std::vector<double> values[2] = {randomValues(), randomValues()}, rates[2] = {randomRates(), randomRates()};
+    const CorvConfig configs[2] = {configAt(values[0]), configAt(values[1])};
+    CorvMotionBound bounds[2];
+    for (unsigned int k = 0; k < 2; ++k)
+      ASSERT_TRUE(bounds[k].set(*m_device, configs[k], rates[k]).succeeded());
+    for (const double allowance : {0.01, 0.3})
+      for (unsigned int k = 0; k < 2; ++k)
+      {
+        std::vector<double> left(bounds[k].countBodies(), allowance), moved(left.size()), expectedMoved;
+        EXPECT_EQ(bounds[k].advanceWithin(left.data(), 0.7), bounds[k].advance(std::vector<double>(left).data(), 0.7));
+        bounds[k].displacements(0.7, moved.data());
+        std::vector<double> expectedLeft = left;
+        double advance = 0.0;
+        bool hitsEnd = false;
+        ASSERT_TRUE(ask(values[k], rates[k], 0.7, expectedLeft, advance, hitsEnd).succeeded());
+        ASSERT_TRUE(m_device->boundDisplacements(configs[k], 0.7, rates[k], expectedMoved).succeeded());
+        EXPECT_EQ(bounds[k].advance(left.data(), 0.7), advance);
+        EXPECT_EQ(left, expectedLeft);
+        EXPECT_EQ(moved, expectedMoved);
+      }
+    // The device may change while a bound is kept: it goes on to tell of what was.
+    const double before = bounds[0].advanceWithin(std::vector<double>(bounds[0].countBodies(), 0.3).data(), 0.7);
+    ASSERT_TRUE(m_device->rootJoint()->addMobileGeometry(ClumBox::create(90.0, 90.0, 90.0)).succeeded());
+    std::vector<double> ignored;
+    ASSERT_TRUE(m_device->boundDisplacements(configs[0], 0.7, rates[0], ignored).succeeded());
+    EXPECT_EQ(bounds[0].advanceWithin(std::vector<double>(bounds[0].countBodies(), 0.3).data(), 0.7), before);
   }
 }
 
