@@ -249,12 +249,17 @@ void CorvDeviceTable::setPoints(const CorvBody& i_body, CBodyRow& o_row)
     frame = m_joints[j].fixed * frame;
   for (const auto& [radius, points] : byRadius)
   {
-    CPointGroup group{static_cast<unsigned int>(o_row.points.size()), static_cast<unsigned int>(points.size()), radius,
-                      0.0};
-    for (const ClumPoint3& point : points)
+    const std::size_t first = o_row.points.size(), count = (points.size() + 3) / 4;
+    CPointGroup group{static_cast<unsigned int>(first), static_cast<unsigned int>(count), radius, 0.0};
+    o_row.points.resize(first + count);
+    for (std::size_t i = 0; i < 4 * count; ++i)
     {
-      o_row.points.push_back(frame * point);
-      group.reach = std::max(group.reach, o_row.points.back().toVect3().norm());
+      const ClumPoint3 placed = frame * points[std::min(i, points.size() - 1)];
+      CPointPack& pack = o_row.points[first + i / 4];
+      pack.x[i % 4] = placed.x();
+      pack.y[i % 4] = placed.y();
+      pack.z[i % 4] = placed.z();
+      group.reach = std::max(group.reach, placed.toVect3().norm());
     }
     o_row.groups.push_back(group);
   }
@@ -517,6 +522,37 @@ void CorvDeviceTable::setOwnLevers(const CBodyRow& i_body, const CJointRow& i_mo
   measureLevers(i_body, ClumPoint3(), axes, o_term.countVarying, i_mover.countTurns, 0.0, o_term);
 }
 
+/// The distance of the farthest point from an origin.
+double CorvDeviceTable::largestReach(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin)
+{
+  double squares[4] = {0.0, 0.0, 0.0, 0.0};
+  for (const CPointPack* pack = i_begin; pack != i_end; ++pack)
+    for (unsigned int i = 0; i < 4; ++i)
+    {
+      const double x = pack->x[i] - i_origin.x(), y = pack->y[i] - i_origin.y(), z = pack->z[i] - i_origin.z();
+      const double square = x * x + y * y + z * z;
+      squares[i] = square > squares[i] ? square : squares[i];
+    }
+  return std::sqrt(std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3])));
+}
+
+/// The distance of the farthest point from an axis through an origin.
+double CorvDeviceTable::largestLever(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin,
+                                     const ClumVect3& i_axis)
+{
+  const double a = i_axis.x(), b = i_axis.y(), c = i_axis.z();
+  double squares[4] = {0.0, 0.0, 0.0, 0.0};
+  for (const CPointPack* pack = i_begin; pack != i_end; ++pack)
+    for (unsigned int i = 0; i < 4; ++i)
+    {
+      const double x = pack->x[i] - i_origin.x(), y = pack->y[i] - i_origin.y(), z = pack->z[i] - i_origin.z();
+      const double crossX = y * c - z * b, crossY = z * a - x * c, crossZ = x * b - y * a;
+      const double square = crossX * crossX + crossY * crossY + crossZ * crossZ;
+      squares[i] = square > squares[i] ? square : squares[i];
+    }
+  return std::sqrt(std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3])));
+}
+
 /// Sets the levers of the turns from `i_first` up to before `i_last`, and the whole lever.
 /// @param i_height the size of the coordinates that origin and axes were computed from.
 void CorvDeviceTable::measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
@@ -526,25 +562,13 @@ void CorvDeviceTable::measureLevers(const CBodyRow& i_body, const ClumPoint3& i_
   double whole = 0.0;
   for (const CPointGroup& group : i_body.groups)
   {
-    const ClumPoint3* const begin = i_body.points.data() + group.first;
-    const ClumPoint3* const end = begin + group.count;
-    double reach = group.reach;
-    if (!o_term.isOwn)
-    {
-      double squaredReach = 0.0;
-      for (const ClumPoint3* point = begin; point != end; ++point)
-        squaredReach = std::max(squaredReach, (*point - i_origin).squaredNorm());
-      reach = std::sqrt(squaredReach);
-    }
+    const CPointPack* const begin = i_body.points.data() + group.first;
+    const CPointPack* const end = begin + group.count;
+    const double reach = o_term.isOwn ? group.reach : largestReach(begin, end, i_origin);
     const double margin = group.radius + LEVER_ROUNDING * (reach + i_height);
     whole = std::max(whole, reach + margin);
     for (unsigned int i = i_first; i < i_last; ++i)
-    {
-      double square = 0.0;
-      for (const ClumPoint3* point = begin; point != end; ++point)
-        square = std::max(square, ((*point - i_origin) * i_axes[i]).squaredNorm());
-      levers[i] = std::max(levers[i], std::sqrt(square) + margin);
-    }
+      levers[i] = std::max(levers[i], largestLever(begin, end, i_origin, i_axes[i]) + margin);
   }
   std::copy(levers + i_first, levers + i_last, o_term.levers + i_first);
   o_term.wholeLever = whole;

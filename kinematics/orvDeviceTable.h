@@ -62,11 +62,19 @@ private:
     CorvKinematicalEffectConstShPtr effect;
   };
 
-  /// Points of the same radius: the shape is within it of their hull.
+  /// Four points, coordinate by coordinate.
+  struct CPointPack
+  {
+    double x[4];
+    double y[4];
+    double z[4];
+  };
+
+  /// Points of the same radius: the shape is within it of their hull. The last point fills up the last pack.
   struct CPointGroup
   {
-    unsigned int first;
-    unsigned int count;
+    unsigned int first; ///< pack
+    unsigned int count; ///< of packs
     double radius;
     double reach; ///< of the farthest point, from the origin of the mover's frame
   };
@@ -77,7 +85,7 @@ private:
     int mover; ///< the nearest joint with dofs, -1 for a body that nothing moves
     bool isFixedIdentity;
     ClumMat4 relative;
-    std::vector<ClumPoint3> points; ///< in the mover's frame, behind its effect
+    std::vector<CPointPack> points; ///< in the mover's frame, behind its effect
     std::vector<CPointGroup> groups;
     unsigned int firstTerm;
     unsigned int countTerms;
@@ -136,6 +144,9 @@ private:
   void setLevers(const CBodyRow& i_body) const;
   void setTermLevers(const CBodyRow& i_body, CTerm& io_term) const;
   static void setOwnLevers(const CBodyRow& i_body, const CJointRow& i_mover, CTerm& o_term);
+  static double largestReach(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin);
+  static double largestLever(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin,
+                             const ClumVect3& i_axis);
   static void measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
                             unsigned int i_first, unsigned int i_last, double i_height, CTerm& o_term);
   CBound boundOf(const CBodyRow& i_body) const;
