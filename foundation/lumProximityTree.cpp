@@ -195,16 +195,31 @@ private:
     io_part.surface = TREE_INFINITY;
     for (const CTreeAxes& frame : frames)
     {
-      CTreeRange range;
-      for (std::uint32_t i = io_part.first; i < io_part.first + io_part.count; i += step)
-        range.add(rangeIn(frame, triangle(i)));
       // What is a little better only for rounding is not better.
-      if (range.surface() < io_part.surface * (1.0 - 1e-6))
+      const double limit = io_part.surface * (1.0 - 1e-6);
+      const double surface = surfaceIn(frame, io_part, step, limit);
+      if (surface < limit)
       {
-        io_part.surface = range.surface();
+        io_part.surface = surface;
         io_part.frame = frame;
       }
     }
+  }
+
+  /// Of the box around every so manieth triangle; once it is found to reach a limit, no more are looked at.
+  double surfaceIn(const CTreeAxes& i_frame, const CTreePart& i_part, std::uint32_t i_step, double i_limit) const
+  {
+    constexpr std::uint32_t LOOK = 4;
+    CTreeRange range;
+    const std::uint32_t end = i_part.first + i_part.count;
+    for (std::uint32_t i = i_part.first; i < end;)
+    {
+      for (std::uint32_t k = 0; k < LOOK && i < end; ++k, i += i_step)
+        range.add(rangeIn(i_frame, triangle(i)));
+      if (range.surface() >= i_limit)
+        break;
+    }
+    return range.surface();
   }
 
   /// The second moments of the surface about its centre.
@@ -356,22 +371,29 @@ private:
       ranges[bin].add(range);
       ++counts[bin];
     }
-    double costs[TREE_BINS] = {};
+    // To cut behind an empty bin is to cut before it.
+    double costs[TREE_BINS] = {}, cost = TREE_INFINITY;
     CTreeRange sum;
     std::uint32_t count = 0;
     for (unsigned int bin = TREE_BINS - 1; bin > 0; --bin)
     {
-      sum.add(ranges[bin]);
-      count += counts[bin];
-      costs[bin - 1] = count > 0 ? partCost(sum, count) : TREE_INFINITY;
+      if (counts[bin] > 0)
+      {
+        sum.add(ranges[bin]);
+        count += counts[bin];
+        cost = partCost(sum, count);
+      }
+      costs[bin - 1] = cost;
     }
     sum = CTreeRange();
     count = 0;
     for (unsigned int bin = 0; bin + 1 < TREE_BINS; ++bin)
     {
+      if (counts[bin] == 0)
+        continue;
       sum.add(ranges[bin]);
       count += counts[bin];
-      choice.cost = count > 0 ? partCost(sum, count) + costs[bin] : TREE_INFINITY;
+      choice.cost = partCost(sum, count) + costs[bin];
       choice.bin = bin;
       if (choice.cost < io_best.cost)
         io_best = choice;
