@@ -244,6 +244,46 @@ TEST_F(ProximityKernel, SolidityOverridesWhatWasFoundOut)
   EXPECT_FALSE(m_toolkit->makeJoinedModel({{big, ClumMat4()}, {bubble, ClumMat4()}}));
 }
 
+TEST_F(ProximityKernel, AnyOfManyPartsMayLieInside)
+{
+  // Parts in a row, and a box that has room for one of them or stands between two.
+  constexpr unsigned int COUNT = 37;
+  std::vector<ClumPlacedLeaf> row;
+  for (unsigned int i = 0; i < COUNT; ++i)
+    row.push_back({boxMesh(0.5, 0.5, 0.5), placedAt(6.0 * i, 0.1, 0.2)});
+  const ClumMeshShPtr parts = joined(row), room = boxMesh(4.0, 4.0, 4.0);
+  for (unsigned int i = 0; i + 1 < COUNT; ++i)
+    for (const bool isAround : {true, false})
+    {
+      const ClumMat4 pose = placedAt(6.0 * i + (isAround ? 0.5 : 3.0), 0.0, 0.0);
+      EXPECT_EQ(m_toolkit->areTouching(*model(*parts), ClumMat4(), *model(*room), pose), isAround) << i;
+      const double lower = m_toolkit->boundedDistance(*model(*room), pose, *model(*parts), ClumMat4(), 0.5, 0.0).lower;
+      EXPECT_TRUE(isAround ? lower == 0.0 : lower >= 0.5 - 1e-9 && lower <= 0.75) << i;
+    }
+}
+
+TEST_F(ProximityKernel, BoxesAroundModelsBoundLongShapes)
+{
+  // Long and flat shapes, of which the enclosing balls tell little: small caps are reached by the boxes alone.
+  const ClumMeshShPtr bar = longBar(30.0, 0.1), wall = wallWithWindow(40.0, 0.2, 1.0, 1.0);
+  const ClumSphereShPtr ball = ClumSphere::create(0.3);
+  Dice dice(41);
+  unsigned int countCapped = 0;
+  for (int n = 0; n < 300; ++n)
+  {
+    const ClumLeafGeometry& other = n % 2 ? static_cast<const ClumLeafGeometry&>(*wall) : *bar;
+    const ClumMat4 pose = dice.pose(6.0), around = dice.pose(6.0);
+    const double exact = m_toolkit->exactDistance(*model(*ball), pose, *model(other), around).lower;
+    const double cap = dice(0.0, 1.5) * exact;
+    const ClumDistanceResult found = m_toolkit->boundedDistance(*model(*ball), pose, *model(other), around, cap, 0.0);
+    EXPECT_LE(found.lower, exact + 1e-8);
+    EXPECT_GE(found.lower, std::min(cap, exact) - 1e-8);
+    EXPECT_EQ(m_toolkit->areTouching(*model(*ball), pose, *model(other), around), exact == 0.0);
+    countCapped += exact > 0.0 && !found.hasPoints;
+  }
+  EXPECT_GT(countCapped, 50u);
+}
+
 TEST_F(ProximityKernel, ModelsStayWithinTheirMemory)
 {
   const ClumMeshShPtr meshes[] = {sphereMesh(1.0, 16), sphereMesh(1.0, 50), torusKnot(2, 3, 1.0, 0.15, 125, 20),
