@@ -85,8 +85,8 @@ public:
   {
     if (m_query.hintA != PROXIMITY_NONE && m_query.hintB != PROXIMITY_NONE)
     {
-      placePacket(m_query.hintB >> 2);
-      measureRow(m_query.hintA >> 2, m_query.hintA & 3u, m_query.hintB >> 2, TDoubles(-PROXIMITY_FAR));
+      placePacket(0, m_query.hintB >> 2);
+      measureRow(0, m_query.hintA >> 2, m_query.hintA & 3u, TDoubles(-PROXIMITY_FAR));
     }
     CProximityTask task = {-PROXIMITY_LARGEST, 0, m_query.a.boxes, m_query.b.boxes};
     bool isGoingOn = m_best > m_query.stop;
@@ -237,120 +237,131 @@ private:
     return larger(i_keys, pick(gap, TFloats(0.0f), IS_CONTACT ? gap : gap * gap, i_keys));
   }
 
-  void placePacket(std::uint32_t i_rank)
+  /// Brings a packet of the other tree to where it stands for one of `i_side`.
+  void placePacket(unsigned int i_side, std::uint32_t i_rank)
   {
-    if (m_placed.rank != i_rank)
-      m_placed.place(m_query.b.packets[i_rank], i_rank, m_moves[0]);
+    if (m_placed[i_side].rank != i_rank)
+      m_placed[i_side].place(m_trees[1 - i_side]->packets[i_rank], i_rank, m_moves[i_side]);
   }
 
+  /// Measures the triangles of the smaller leaf one by one, each against all of the other.
   void measureLeaves(const CProximityTask& i_task)
   {
-    const CProximityBox& boxA = i_task.side == 0 ? *i_task.box : *i_task.other;
-    const CProximityBox& boxB = i_task.side == 0 ? *i_task.other : *i_task.box;
-    const std::uint32_t a = boxA.child, packetA = a & PROXIMITY_PACKET_MASK;
-    const std::uint32_t packetB = boxB.child & PROXIMITY_PACKET_MASK;
-    const unsigned int first = (a >> PROXIMITY_FIRST_SHIFT) & 3u, count = ((a >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
-    placePacket(packetB);
+    const CProximityBox* boxes[2] = {i_task.box, i_task.other};
+    const CProximityBox &boxA = *boxes[i_task.side], &boxB = *boxes[1 - i_task.side];
+    const unsigned int side = countOf(boxB.child) < countOf(boxA.child) ? 1 : 0;
+    const CProximityBox &rows = side == 0 ? boxA : boxB, &lanes = side == 0 ? boxB : boxA;
+    const std::uint32_t packetRank = rows.child & PROXIMITY_PACKET_MASK;
+    const unsigned int first = (rows.child >> PROXIMITY_FIRST_SHIFT) & 3u, count = countOf(rows.child);
+    placePacket(side, lanes.child & PROXIMITY_PACKET_MASK);
     if (IS_CONTACT)
     {
       for (unsigned int i = first; i < first + count && m_best > m_query.stop; ++i)
-        measureRow(packetA, i, packetB, TDoubles(-PROXIMITY_FAR));
+        measureRow(side, packetRank, i, TDoubles(-PROXIMITY_FAR));
       return;
     }
     // Between planes across the line of the boxes' centres.
     double line[3];
-    const double length = centerLine(boxA, boxB, line);
+    const double length = centerLine(side, rows, lanes, line);
     const TDoubles scale(length > 0.0 ? 1.0 / length : 0.0), bound(length > 0.0 ? m_bound * length : PROXIMITY_FAR);
-    const CProximityPacket& packet = m_query.a.packets[packetA];
+    const CProximityPacket& packet = m_trees[side]->packets[packetRank];
+    const CPlacedPacket& placed = m_placed[side];
     const TVectors direction = all(line);
     TVectors corners[3];
     for (int k = 0; k < 3; ++k)
       corners[k] = {TDoubles(packet.corners[k][0]), TDoubles(packet.corners[k][1]), TDoubles(packet.corners[k][2])};
     const TDoubles farthest =
       larger(larger(dot(direction, corners[0]), dot(direction, corners[1])), dot(direction, corners[2]));
-    const TDoubles nearest = smaller(smaller(dot(direction, m_placed.corners[0]), dot(direction, m_placed.corners[1])),
-                                     dot(direction, m_placed.corners[2]));
+    const TDoubles nearest = smaller(smaller(dot(direction, placed.corners[0]), dot(direction, placed.corners[1])),
+                                     dot(direction, placed.corners[2]));
     alignas(32) double reach[4];
     farthest.store(reach);
     for (unsigned int i = first; i < first + count && m_best > m_query.stop; ++i)
     {
       const TDoubles gap = nearest - TDoubles(reach[i]);
       if ((gap < bound).any())
-        measureRow(packetA, i, packetB, gap * scale);
+        measureRow(side, packetRank, i, gap * scale);
       else
         m_passedGaps = smaller(m_passedGaps, gap * scale);
     }
   }
 
-  /// The vector from the centre of a box of a to that of one of b. @return its length.
-  double centerLine(const CProximityBox& i_a, const CProximityBox& i_b, double o_line[3]) const
+  static unsigned int countOf(std::uint32_t i_leaf) { return ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u; }
+
+  /// The vector from the centre of a box of `i_side` to that of one of the other. @return its length.
+  double centerLine(unsigned int i_side, const CProximityBox& i_own, const CProximityBox& i_other,
+                    double o_line[3]) const
   {
-    const double x = i_b.center[0], y = i_b.center[1], z = i_b.center[2];
+    const CProximityMove& move = m_moves[i_side];
+    const double x = i_other.center[0], y = i_other.center[1], z = i_other.center[2];
     for (int r = 0; r < 3; ++r)
     {
-      const double* row = m_moves[0].rotation + 3 * r;
-      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + m_moves[0].translation[r] - i_a.center[r];
+      const double* row = move.rotation + 3 * r;
+      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + move.translation[r] - i_own.center[r];
     }
     return __builtin_sqrt((o_line[0] * o_line[0] + o_line[1] * o_line[1]) + o_line[2] * o_line[2]);
   }
 
+  /// A triangle of `i_side` against the packet of the other that is placed there.
   /// @param i_gap what the triangles are known to be apart.
-  void measureRow(std::uint32_t i_packetA, unsigned int i_lane, std::uint32_t i_packetB, const TDoubles& i_gap)
+  void measureRow(unsigned int i_side, std::uint32_t i_packet, unsigned int i_lane, const TDoubles& i_gap)
   {
     const TDoubles bound(m_bound);
-    const CProximityPacket& packet = m_query.a.packets[i_packetA];
+    const CProximityPacket& packet = m_trees[i_side]->packets[i_packet];
+    CPlacedPacket& placed = m_placed[i_side];
     CProximityRow row;
     row.load(packet, i_lane);
     CProximityHeights onRow, onLanes;
-    onRow.measure(row.normal, row.corners[0], m_placed.corners);
-    onLanes.measure(m_placed.normal, m_placed.corners[0], row.corners);
+    onRow.measure(row.normal, row.corners[0], placed.corners);
+    onLanes.measure(placed.normal, placed.corners[0], row.corners);
     const TDoubles gap = larger(larger(onRow.gap, onLanes.gap), i_gap);
     const TMask isNear = gap < bound;
     m_passedGaps = smaller(m_passedGaps, select(isNear, TDoubles(PROXIMITY_FAR), gap));
     if (!isNear.any())
       return;
-    if (!m_placed.hasEdges)
-      m_placed.makeEdges();
+    if (!placed.hasEdges)
+      placed.makeEdges();
     if (IS_CONTACT || (m_trials < PROXIMITY_TRIALS && (gap < TDoubles(m_sureGap)).any()))
     {
       ++m_trials;
-      const CProximityVolumes<true> volumes(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
+      const CProximityVolumes<true> volumes(row, onRow, placed, onLanes, m_bound, m_sureVolume, m_sureGap);
       if (const unsigned int pierced = volumes.arePierced.lanes())
       {
-        improve(0.0, 4 * i_packetA + i_lane, 4 * i_packetB + static_cast<unsigned int>(__builtin_ctz(pierced)));
+        improve(i_side, 0.0, 4 * i_packet + i_lane, static_cast<unsigned int>(__builtin_ctz(pierced)));
         return;
       }
       if (IS_CONTACT && (isNear & volumes.areApart).lanes() == isNear.lanes())
         return;
     }
-    if (!IS_CONTACT && (TDoubles(m_bound * m_bound) < m_placed.longest * TDoubles(PROXIMITY_PLANES)).any())
+    if (!IS_CONTACT && (TDoubles(m_bound * m_bound) < placed.longest * TDoubles(PROXIMITY_PLANES)).any())
     {
-      const CProximityVolumes<false> volumes(row, onRow, m_placed, onLanes, m_bound, m_sureVolume, m_sureGap);
+      const CProximityVolumes<false> volumes(row, onRow, placed, onLanes, m_bound, m_sureVolume, m_sureGap);
       if ((isNear & volumes.areApart).lanes() == isNear.lanes())
       {
         m_passedGaps = smaller(m_passedGaps, bound);
         return;
       }
     }
-    if (!m_placed.hasInverses)
-      m_placed.makeInverses();
+    if (!placed.hasInverses)
+      placed.makeInverses();
     const TVectors edges[3] = {row.corners[1] - row.corners[0], row.corners[2] - row.corners[1],
                                row.corners[0] - row.corners[2]};
     TMask isApart = gap > TDoubles(m_sureGap);
-    TDoubles square = edgeSquares(row, edges, isApart);
-    square = smaller(square, onRow.overFace(row.normal, row.corners, edges, m_placed.corners));
-    square = smaller(square, onLanes.overFace(m_placed.normal, m_placed.corners, m_placed.edges, row.corners));
+    TDoubles square = edgeSquares(row, edges, placed, isApart);
+    square = smaller(square, onRow.overFace(row.normal, row.corners, edges, placed.corners));
+    square = smaller(square, onLanes.overFace(placed.normal, placed.corners, placed.edges, row.corners));
     alignas(32) double squares[4];
     square.store(squares);
     if (!isApart.all())
-      settle(isApart, packet, i_lane, squares);
+      settle(isApart, packet, i_lane, placed, squares);
     for (unsigned int k = 0; k < 4; ++k)
       if (squares[k] < m_bestSquare)
-        improve(squares[k], 4 * i_packetA + i_lane, 4 * i_packetB + k);
+        improve(i_side, squares[k], 4 * i_packet + i_lane, k);
   }
 
   /// The squared distances of the edges. Marks the pairs that the slab between two edges keeps apart.
-  TDoubles edgeSquares(const CProximityRow& i_row, const TVectors i_edges[3], TMask& io_isApart) const
+  TDoubles edgeSquares(const CProximityRow& i_row, const TVectors i_edges[3], const CPlacedPacket& i_placed,
+                       TMask& io_isApart) const
   {
     const bool areAllApart = io_isApart.all();
     // A point or a segment is told by its first edge.
@@ -363,9 +374,9 @@ private:
       const TDoubles inverseDd = inverse(dd);
       for (int j = 0; j < 3; ++j)
       {
-        const TVectors& e = m_placed.edges[j];
-        const TVectors r = m_placed.corners[j] - i_row.corners[i];
-        const TDoubles& ee = m_placed.squares[j];
+        const TVectors& e = i_placed.edges[j];
+        const TVectors r = i_placed.corners[j] - i_row.corners[i];
+        const TDoubles& ee = i_placed.squares[j];
         const TDoubles rd = dot(r, d), re = dot(r, e), de = dot(d, e);
         const TDoubles product = dd * ee, determinant = product - de * de;
         TDoubles s = toUnit((rd * ee - re * de) / determinant);
@@ -376,7 +387,7 @@ private:
           const TVectors n = cross(d, e);
           s = select(isParallel, toUnit(dot(cross(r, e), n) / dot(n, n)), s);
         }
-        const TDoubles t = toUnit((s * de - re) * m_placed.inverses[j]);
+        const TDoubles t = toUnit((s * de - re) * i_placed.inverses[j]);
         s = toUnit((t * de + rd) * inverseDd);
         const TVectors onD = d * s, onE = e * t;
         const TVectors gap = r + onE - onD;
@@ -387,7 +398,7 @@ private:
         // How far the third corners reach into the slab between the two points.
         const TDoubles zero(0.0);
         const TDoubles above = dot((i_row.corners[(i + 2) % 3] - i_row.corners[i]) - onD, gap);
-        const TDoubles below = dot((m_placed.corners[(j + 2) % 3] - m_placed.corners[j]) - onE, gap);
+        const TDoubles below = dot((i_placed.corners[(j + 2) % 3] - i_placed.corners[j]) - onE, gap);
         io_isApart = io_isApart | ((square - larger(above, zero)) + smaller(below, zero) > TDoubles(m_sureSlab));
       }
     }
@@ -420,10 +431,11 @@ private:
   };
 
   /// Pairs of which nothing was found to keep them apart: they touch, or nearly so.
-  void settle(const TMask& i_isApart, const CProximityPacket& i_packet, unsigned int i_lane, double io_squares[4]) const
+  void settle(const TMask& i_isApart, const CProximityPacket& i_packet, unsigned int i_lane,
+              const CPlacedPacket& i_placed, double io_squares[4]) const
   {
     const unsigned int apart = i_isApart.lanes();
-    CPairOfCorners corners(i_packet, i_lane, m_placed);
+    CPairOfCorners corners(i_packet, i_lane, i_placed);
     for (unsigned int l = 0; l < 4; ++l)
     {
       if (apart >> l & 1u)
@@ -435,12 +447,14 @@ private:
     }
   }
 
-  void improve(double i_square, std::uint32_t i_placeA, std::uint32_t i_placeB)
+  /// @param i_lane of the packet that is placed.
+  void improve(unsigned int i_side, double i_square, std::uint32_t i_place, unsigned int i_lane)
   {
+    const std::uint32_t otherPlace = 4 * m_placed[i_side].rank + i_lane;
     m_bestSquare = i_square;
     m_best = __builtin_sqrt(i_square);
-    m_placeA = i_placeA;
-    m_placeB = i_placeB;
+    m_placeA = i_side == 0 ? i_place : otherPlace;
+    m_placeB = i_side == 0 ? otherPlace : i_place;
     const double bound = m_query.sweep + (m_best - m_query.sweep) * m_query.share;
     if (bound < m_bound)
     {
@@ -465,7 +479,7 @@ private:
   float m_passedKey = PROXIMITY_LARGEST;
   std::uint32_t m_placeA = PROXIMITY_NONE;
   std::uint32_t m_placeB = PROXIMITY_NONE;
-  CPlacedPacket m_placed;
+  CPlacedPacket m_placed[2]; ///< of b in the frame of a, and the other way round
   unsigned int m_countGroups = 0;
   unsigned int m_trials = 0; ///< rows of which a contact was looked for first
   CProximityGroup m_groups[2 * PROXIMITY_MAX_DEPTH];

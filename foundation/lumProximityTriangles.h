@@ -18,7 +18,7 @@ inline TDoubles inverse(const TDoubles& v)
   return select(v > TDoubles(0.0), TDoubles(1.0) / v, TDoubles(0.0));
 }
 
-/// A packet of b in the frame of a.
+/// A packet in the frame of the other tree.
 struct CPlacedPacket
 {
   std::uint32_t rank = PROXIMITY_NONE;
@@ -70,7 +70,7 @@ struct CPlacedPacket
   }
 };
 
-/// A triangle of a, against the four of a packet.
+/// A triangle, against the four of a packet.
 struct CProximityRow
 {
   TVectors corners[3];
