@@ -274,16 +274,13 @@ private:
     m_collision->validate(i_config, m_params);
   }
 
-  /// Takes what the report of a configuration tells, which is up to date: somebody has just asked for it.
+  /// Takes what the report of a configuration tells, if it answers the question at hand.
   void readStand(const CorvConfig& i_config)
   {
     m_stand.allowances.clear();
     m_isClear = false;
-    if (!m_collision)
-      return;
-    const CorvValidationReportConstShPtr stored = m_collision->pool()
-                                                    ? m_collision->upToDateReportFrom(i_config, m_params)
-                                                    : i_config.keyedReport(m_collision->nameKey());
+    const CorvValidationReportConstShPtr stored =
+      m_collision ? m_collision->upToDateReportFrom(i_config, m_params) : CorvValidationReportConstShPtr();
     const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(stored.get());
     if (!report)
       return;
@@ -516,18 +513,12 @@ private:
     {
       m_config = i_lastConfig;
       if (!i_testsLast)
-        lookUp(m_config, i_next, from, to);
+      {
+        setNeeds(m_config, i_next, from, to);
+        readStand(m_config);
+      }
     }
     closeGap(i_covered, i_next, isForward);
-  }
-
-  /// Takes a configuration that nobody asked about as it is.
-  void lookUp(const CorvConfig& i_config, double i_t, double i_from, double i_to)
-  {
-    setNeeds(i_config, i_t, i_from, i_to);
-    m_stand.allowances.clear();
-    if (m_collision && m_collision->upToDateReportFrom(i_config, m_params))
-      readStand(i_config);
   }
 
   /// After a collision: what the last good sample proves is worth having, so a sample before the end of that is taken
