@@ -65,10 +65,11 @@ bool CTimedToolkit::doAreTouching(const ClumCollisionModel& i_a, const ClumMat4&
 void CTimedToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double i_cap,
                                       double i_relativeAccuracy, double i_stopBelow, const ClumDistanceResult* i_hint,
-                                      ClumDistanceResult& o_result) const
+                                      bool i_wantsPoints, ClumDistanceResult& o_result) const
 {
   const CTimedCall call(m_seconds);
-  o_result = m_inner->boundedDistance(i_a, i_poseA, i_b, i_poseB, i_cap, i_relativeAccuracy, i_stopBelow, i_hint);
+  o_result =
+    m_inner->boundedDistance(i_a, i_poseA, i_b, i_poseB, i_cap, i_relativeAccuracy, i_stopBelow, i_hint, i_wantsPoints);
 }
 
 lmStatus CTimedToolkit::doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,

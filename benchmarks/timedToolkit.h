@@ -29,7 +29,8 @@ protected:
                      const ClumMat4& i_poseB, ClumTrianglePair* io_pair) const override;
   void doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                          const ClumMat4& i_poseB, double i_cap, double i_relativeAccuracy, double i_stopBelow,
-                         const ClumDistanceResult* i_hint, ClumDistanceResult& o_result) const override;
+                         const ClumDistanceResult* i_hint, bool i_wantsPoints,
+                         ClumDistanceResult& o_result) const override;
   lmStatus doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                          const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const override;
 

@@ -52,11 +52,12 @@ bool ClumCollisionToolkit::areTouching(const ClumCollisionModel& i_a, const Clum
 ClumDistanceResult ClumCollisionToolkit::boundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                                          const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
                                                          double i_cap, double i_relativeAccuracy, double i_stopBelow,
-                                                         const ClumDistanceResult* i_hint) const
+                                                         const ClumDistanceResult* i_hint, bool i_wantsPoints) const
 {
   ClumDistanceResult result;
   if (canAsk(i_a, i_poseA, i_b, i_poseB))
-    doBoundedDistance(i_a, i_poseA, i_b, i_poseB, i_cap, i_relativeAccuracy, i_stopBelow, i_hint, result);
+    doBoundedDistance(i_a, i_poseA, i_b, i_poseB, i_cap, i_relativeAccuracy, i_stopBelow, i_hint, i_wantsPoints,
+                      result);
   return result;
 }
 

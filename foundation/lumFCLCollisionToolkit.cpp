@@ -484,7 +484,7 @@ public:
   {
     if (m_best == FCL_INFINITY)
       return;
-    o_result.hasPoints = true;
+    o_result.hasTriangles = o_result.hasPoints = true;
     o_result.triangleA = m_triangleA;
     o_result.triangleB = m_triangleB;
     o_result.pointA = m_pair.poseA * ClumPoint3(m_onA + direction() * m_pair.a.sweep());
@@ -697,7 +697,8 @@ bool ClumFCLCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a, const
 void ClumFCLCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                                 const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double i_cap,
                                                 double i_relativeAccuracy, double i_stopBelow,
-                                                const ClumDistanceResult* i_hint, ClumDistanceResult& o_result) const
+                                                const ClumDistanceResult* i_hint, bool,
+                                                ClumDistanceResult& o_result) const
 {
   const CFclPair pair(i_a, i_poseA, i_b, i_poseB);
   const double gap = pair.ballGap() - pair.slack;
@@ -708,7 +709,7 @@ void ClumFCLCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, c
     return;
   }
   CFclDistanceSearch search(pair, i_cap, i_relativeAccuracy, std::max(i_stopBelow, 0.0));
-  if (i_hint && i_hint->hasPoints)
+  if (i_hint && i_hint->hasTriangles)
     search.tryTriangles(i_hint->triangleA, i_hint->triangleB);
   const double rootDistance = pair.distance(pair.a.balls()[0], pair.b.balls()[0]);
   search.run(rootDistance);

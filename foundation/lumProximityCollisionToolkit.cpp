@@ -82,7 +82,7 @@ bool ClumProximityCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a,
 void ClumProximityCollisionToolkit::doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                                       const ClumCollisionModel& i_b, const ClumMat4& i_poseB,
                                                       double i_cap, double i_relativeAccuracy, double i_stopBelow,
-                                                      const ClumDistanceResult* i_hint,
+                                                      const ClumDistanceResult* i_hint, bool i_wantsPoints,
                                                       ClumDistanceResult& o_result) const
 {
   CProximityPair pair(i_a, i_poseA, i_b, i_poseB);
@@ -97,12 +97,14 @@ void ClumProximityCollisionToolkit::doBoundedDistance(const ClumCollisionModel& 
       isRemote ? pair.length() + pair.a().radius() + pair.b().radius() + pair.slack() : PROXIMITY_INFINITY;
     return;
   }
-  if (i_hint && i_hint->hasPoints)
+  if (i_hint && i_hint->hasTriangles)
     pair.hint(i_hint->triangleA, i_hint->triangleB);
   const CProximityAnswer answer =
     pair.search(i_cap + pair.sweep(), 1.0 - i_relativeAccuracy, std::max(i_stopBelow, 0.0) + pair.reach());
   const bool isContact = answer.best <= pair.reach() || (gap <= 0.0 && pair.isNested());
-  pair.writePoints(answer, o_result);
+  pair.writeTriangles(answer, o_result);
+  if (i_wantsPoints && o_result.hasTriangles)
+    pair.writePoints(answer, o_result);
   o_result.lower = isContact ? 0.0 : std::max({0.0, gap, answer.lower - pair.sweep() - pair.slack()});
   o_result.upper = isContact ? 0.0 : answer.best - pair.sweep() + pair.a().excess() + pair.b().excess();
 }

@@ -210,16 +210,21 @@ bool CProximityPair::isFirstInSecond() const
   return false;
 }
 
-void CProximityPair::writePoints(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const
+void CProximityPair::writeTriangles(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const
 {
   if (i_answer.placeA == PROXIMITY_NONE)
     return;
+  o_result.hasTriangles = true;
+  o_result.triangleA = m_a.triangleAt(i_answer.placeA);
+  o_result.triangleB = m_b.triangleAt(i_answer.placeB);
+}
+
+void CProximityPair::writePoints(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const
+{
   ClumVect3 onA, onB;
   nearestPoints(i_answer, onA, onB);
   const ClumVect3 direction = (onB - onA).normalized(), center = m_a.center().toVect3();
   o_result.hasPoints = true;
-  o_result.triangleA = m_a.triangleAt(i_answer.placeA);
-  o_result.triangleB = m_b.triangleAt(i_answer.placeB);
   o_result.pointA = m_poseA * ClumPoint3(center + (onA + direction * m_a.sweep()));
   o_result.pointB = m_poseA * ClumPoint3(center + (onB - direction * m_b.sweep()));
 }

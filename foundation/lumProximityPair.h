@@ -48,7 +48,9 @@ public:
   /// True if some part of one lies inside a closed part of the other, given that the surfaces are apart.
   bool isNested() const;
 
-  /// Writes the two nearest points of the swept shapes in world coordinates, and their triangles.
+  /// Writes the two nearest triangles, if any were found.
+  void writeTriangles(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const;
+  /// Writes the two nearest points of the swept shapes in world coordinates.
   void writePoints(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const;
   /// @return the distance of the two triangles found.
   double nearestPoints(const CProximityAnswer& i_answer, ClumVect3& o_onA, ClumVect3& o_onB) const;

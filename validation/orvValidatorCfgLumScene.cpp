@@ -161,7 +161,7 @@ struct CorvValidatorCfgLumScene::CInnerScene
     {
       found.epoch = epoch;
       found.contact = ClumTrianglePair();
-      found.nearest.hasPoints = false;
+      found.nearest.hasTriangles = false;
     }
     return found;
   }
@@ -508,8 +508,9 @@ private:
     const CPair pair = placed(i_pair);
     CMemory& memory = m_inner.memoryOf(i_pair);
     m_found = m_inner.toolkit->boundedDistance(pair.a, pair.poseA, pair.b, pair.poseB, i_cap, i_accuracy, i_stopBelow,
-                                               memory.nearest.hasPoints ? &memory.nearest : nullptr);
-    if (m_found.hasPoints)
+                                               memory.nearest.hasTriangles ? &memory.nearest : nullptr,
+                                               m_query.pointsMode != 0);
+    if (m_found.hasTriangles)
       memory.nearest = m_found;
     return m_found;
   }

@@ -24,9 +24,10 @@ struct ClumDistanceResult
 {
   static constexpr unsigned int NO_TRIANGLE = ClumTrianglePair::NO_TRIANGLE;
 
-  double lower = 0.0;     ///< the true distance is at least this: always sound; 0 for a contact
-  double upper = 0.0;     ///< the distance of two points that were found, or infinity if none were needed
-  bool hasPoints = false; ///< whether the two points, in world coordinates, and their triangles are set
+  double lower = 0.0;        ///< the true distance is at least this: always sound; 0 for a contact
+  double upper = 0.0;        ///< the distance of two points that were found, or infinity if none were needed
+  bool hasTriangles = false; ///< whether the two nearest triangles are told
+  bool hasPoints = false;    ///< whether their nearest points are, in world coordinates
   ClumPoint3 pointA;
   ClumPoint3 pointB;
   unsigned int triangleA = NO_TRIANGLE;
@@ -74,10 +75,11 @@ public:
   /// @param i_relativeAccuracy in [0, 1).
   /// @param i_stopBelow once two points are found that are not farther apart than this, the search may end.
   /// @param i_hint a former answer for the two models in any poses, where to look first; may be null.
+  /// @param i_wantsPoints without, the triangles are told, and the points only where they cost nothing.
   ClumDistanceResult boundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA,
                                      const ClumCollisionModel& i_b, const ClumMat4& i_poseB, double i_cap,
                                      double i_relativeAccuracy = 0.0, double i_stopBelow = 0.0,
-                                     const ClumDistanceResult* i_hint = nullptr) const;
+                                     const ClumDistanceResult* i_hint = nullptr, bool i_wantsPoints = true) const;
 
   /// The distance with the two nearest points; 0 for a contact.
   /// @param i_hint as for `boundedDistance`.
@@ -104,7 +106,8 @@ protected:
                              const ClumMat4& i_poseB, ClumTrianglePair* io_pair) const = 0;
   virtual void doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                                  const ClumMat4& i_poseB, double i_cap, double i_relativeAccuracy, double i_stopBelow,
-                                 const ClumDistanceResult* i_hint, ClumDistanceResult& o_result) const = 0;
+                                 const ClumDistanceResult* i_hint, bool i_wantsPoints,
+                                 ClumDistanceResult& o_result) const = 0;
   virtual lmStatus doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                                  const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const = 0;
 

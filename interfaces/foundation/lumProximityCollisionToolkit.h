@@ -4,10 +4,10 @@
 
 /// The toolkit that stands on a proximity kernel of the library's own, and the default.
 ///
-/// Every shape is a set of triangles swept by a ball. They lie in packets of four under a tree of oriented boxes, eight to
-/// a node; boxes are held and measured in single precision and rounded outward, triangles in double precision. The kernel
-/// runs on the widest registers that the machine has and that it knows; the answers are the same to the bit on all.
-/// Every lower bound has a slack for rounding taken off, 1e-11 of the size of the pair. See docs/proximity.md.
+/// Every shape is a set of triangles swept by a ball. They lie in packets of four under a tree of oriented boxes, eight
+/// to a node; boxes are held and measured in single precision and rounded outward, triangles in double precision. The
+/// kernel runs on the widest registers that the machine has and that it knows; the answers are the same to the bit on
+/// all. Every lower bound has a slack for rounding taken off, 1e-11 of the size of the pair. See docs/proximity.md.
 ///
 /// Shapes of which the coordinates reach beyond 1e14 are refused.
 class LUM_API ClumProximityCollisionToolkit : public ClumCollisionToolkit
@@ -33,8 +33,10 @@ protected:
                      const ClumMat4& i_poseB, ClumTrianglePair* io_pair) const override;
   void doBoundedDistance(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                          const ClumMat4& i_poseB, double i_cap, double i_relativeAccuracy, double i_stopBelow,
-                         const ClumDistanceResult* i_hint, ClumDistanceResult& o_result) const override;
-  /// Told for every pair. The way out is the shortest along some directions; where the surfaces meet it is made shorter.
+                         const ClumDistanceResult* i_hint, bool i_wantsPoints,
+                         ClumDistanceResult& o_result) const override;
+  /// Told for every pair. The way out is the shortest along some directions; where the surfaces meet it is made
+  /// shorter.
   lmStatus doPenetration(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                          const ClumMat4& i_poseB, double& o_depth, ClumVect3& o_direction) const override;
 };

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 // The proximity toolkit against all pairs of triangles, measured in extended precision.
 
@@ -188,9 +189,13 @@ public:
     const double stop = io_dice.rank(2) ? io_dice(0.0, 1.0) * cap : 0.0;
     const ClumDistanceResult second = bounded(cap, io_dice(0.0, 0.9), stop);
     bounded(0.9 * distance, 0.0, 0.0, &first);
-    bounded(cap, 0.2, stop, second.hasPoints ? &second : &first);
+    const ClumDistanceResult third = bounded(cap, 0.2, stop, second.hasPoints ? &second : &first);
+    const ClumDistanceResult bare = m_toolkit.boundedDistance(m_a, m_poseA, m_b, m_poseB, cap, 0.2, stop,
+                                                              second.hasTriangles ? &second : &first, false);
+    EXPECT_EQ(std::tie(bare.lower, bare.upper, bare.triangleA, bare.triangleB),
+              std::tie(third.lower, third.upper, third.triangleA, third.triangleB));
     ClumDistanceResult wild;
-    wild.hasPoints = io_dice.rank(4) != 0;
+    wild.hasTriangles = io_dice.rank(4) != 0;
     wild.triangleA = io_dice.rank(20);
     wild.triangleB = io_dice.rank(8) ? io_dice.rank(20) : ClumDistanceResult::NO_TRIANGLE;
     wild.pointA = io_dice.point(1e3 * scale);
