@@ -145,6 +145,10 @@ inline TDoubles operator/(const TDoubles& a, const TDoubles& b)
 {
   return _mm256_div_pd(a.lanes, b.lanes);
 }
+inline TDoubles squareRoot(const TDoubles& a)
+{
+  return _mm256_sqrt_pd(a.lanes);
+}
 inline TDoubles larger(const TDoubles& a, const TDoubles& b)
 {
   return _mm256_max_pd(a.lanes, b.lanes);

@@ -169,21 +169,19 @@ LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPl
   return CBoxGaps(i_node, i_box).largest();
 }
 
-/// The squares of the distances of eight points from a triangle.
-LUM_PROXIMITY_INLINE TFloats widePointSquares(const TWideVectors& i_points, const TWideVectors i_corners[3],
-                                              const TWideVectors& i_normal)
+/// The squares of lower bounds of the distances of eight points from a triangle of a placed packet: of the height, and
+/// of how far the points are beside one of the edges.
+LUM_PROXIMITY_INLINE TFloats widePlaneSquares(const TWideVectors& i_points, const float i_planes[4][4][4],
+                                              unsigned int i_lane)
 {
-  const TFloats zero(0.0f);
-  TFloats nearest(PROXIMITY_LARGEST), inside(PROXIMITY_LARGEST);
-  for (int k = 0; k < 3; ++k)
+  TFloats offsets[4];
+  for (int k = 0; k < 4; ++k)
   {
-    const TWideVectors edge = i_corners[(k + 1) % 3] - i_corners[k], offset = i_points - i_corners[k];
-    const TFloats inverse = TFloats(1.0f) / larger(dot(edge, edge), TFloats(PROXIMITY_SMALLEST));
-    const TWideVectors gap = offset - edge * toUnit(dot(offset, edge) * inverse);
-    nearest = smaller(nearest, dot(gap, gap));
-    inside = smaller(inside, dot(cross(i_normal, edge), offset));
+    const float(&plane)[4][4] = i_planes[k];
+    const TWideVectors direction = {TFloats(plane[0][i_lane]), TFloats(plane[1][i_lane]), TFloats(plane[2][i_lane])};
+    offsets[k] = dot(direction, i_points) - TFloats(plane[3][i_lane]);
   }
-  const TFloats height = dot(i_normal, i_points - i_corners[0]);
-  return pick(inside, zero, height * height, nearest);
+  const TFloats beside = larger(larger(offsets[1], offsets[2]), larger(offsets[3], TFloats(0.0f)));
+  return offsets[0] * offsets[0] + beside * beside;
 }
 } // namespace

@@ -200,6 +200,10 @@ inline TDoubles operator/(const TDoubles& a, const TDoubles& b)
 {
   return each(a, b, [](double x, double y) { return x / y; });
 }
+inline TDoubles squareRoot(const TDoubles& a)
+{
+  return each(a, a, [](double x, double) { return __builtin_sqrt(x); });
+}
 inline TDoubles larger(const TDoubles& a, const TDoubles& b)
 {
   return each(a, b, [](double x, double y) { return x > y ? x : y; });

@@ -21,8 +21,8 @@ constexpr double PROXIMITY_PARALLEL = 1e-8;
 
 /// A leaf is large beside a box if it is so many times as long.
 constexpr float PROXIMITY_LARGE_LEAF = 4.0f;
-/// A smaller one is not: the squares of its edges must not get lost in single precision.
-constexpr float PROXIMITY_LEAST_LEAF = 1e-12f;
+/// In parts of the size of the pair: the direction of a shorter edge is not known well enough.
+constexpr double PROXIMITY_LEAST_EDGE = 1e-8;
 
 /// Where shapes collide, one of the first pairs of triangles that are measured mostly does: so many rows are looked at
 /// for that before anything else.
@@ -61,6 +61,7 @@ public:
     m_sureGap = PROXIMITY_SURE_GAP * size;
     m_sureSlab = PROXIMITY_SURE_SLAB * size * size;
     m_sureVolume = PROXIMITY_SURE_VOLUME * size;
+    m_leastEdge = PROXIMITY_LEAST_EDGE * size;
     CProximityMove &toA = m_moves[0], &toB = m_moves[1];
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c)
@@ -181,8 +182,7 @@ private:
     TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
     const TFloats threshold(m_threshold);
     unsigned int near = lanesBelow(keys, threshold);
-    if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) &&
-        size(placed) > PROXIMITY_LEAST_LEAF && near != 0)
+    if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) && near != 0)
     {
       keys = keysToTriangles(side, node, placed.child, keys);
       near = lanesBelow(keys, threshold);
@@ -210,28 +210,17 @@ private:
   /// The box of a few large triangles is mostly empty: raises the keys to what keeps the balls around the eight boxes
   /// from the triangles themselves.
   TFloats keysToTriangles(unsigned int i_side, const CProximityNode& i_node, std::uint32_t i_leaf,
-                          const TFloats& i_keys) const
+                          const TFloats& i_keys)
   {
-    const CProximityPacket& packet = m_trees[1 - i_side]->packets[i_leaf & PROXIMITY_PACKET_MASK];
-    const unsigned int begin = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u;
-    const unsigned int end = begin + ((i_leaf >> PROXIMITY_COUNT_SHIFT) & 3u) + 1u;
-    const CProximityMove& move = m_moves[i_side];
+    placePacket(i_side, i_leaf & PROXIMITY_PACKET_MASK);
+    CPlacedPacket& placed = m_placed[i_side];
+    if (!placed.hasPlanes)
+      placed.makePlanes(m_leastEdge);
+    const unsigned int begin = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u, end = begin + countOf(i_leaf);
     const TWideVectors centers = {TFloats(i_node.center[0]), TFloats(i_node.center[1]), TFloats(i_node.center[2])};
     TFloats square(PROXIMITY_LARGEST);
     for (unsigned int lane = begin; lane < end; ++lane)
-    {
-      TWideVectors corners[3];
-      for (int k = 0; k < 3; ++k)
-      {
-        const double(&v)[3][4] = packet.corners[k];
-        const float corner[3] = {static_cast<float>(v[0][lane]), static_cast<float>(v[1][lane]),
-                                 static_cast<float>(v[2][lane])};
-        corners[k] = spreadVector(move.moved(corner));
-      }
-      const float normal[3] = {static_cast<float>(packet.normal[0][lane]), static_cast<float>(packet.normal[1][lane]),
-                               static_cast<float>(packet.normal[2][lane])};
-      square = smaller(square, widePointSquares(centers, corners, spreadVector(move.turned(normal))));
-    }
+      square = smaller(square, widePlaneSquares(centers, placed.planes, lane));
     const TFloats x(i_node.half[0]), y(i_node.half[1]), z(i_node.half[2]);
     const TFloats gap = squareRoot(square) - squareRoot((x * x + y * y) + z * z);
     return larger(i_keys, pick(gap, TFloats(0.0f), IS_CONTACT ? gap : gap * gap, i_keys));
@@ -470,6 +459,7 @@ private:
   double m_sureGap;
   double m_sureSlab;
   double m_sureVolume;
+  double m_leastEdge;
   double m_bound; ///< what is not nearer is passed over
   double m_best;
   double m_bestSquare;

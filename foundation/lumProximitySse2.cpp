@@ -168,6 +168,10 @@ inline TDoubles operator/(const TDoubles& a, const TDoubles& b)
 {
   return {_mm_div_pd(a.low, b.low), _mm_div_pd(a.high, b.high)};
 }
+inline TDoubles squareRoot(const TDoubles& a)
+{
+  return {_mm_sqrt_pd(a.low), _mm_sqrt_pd(a.high)};
+}
 inline TDoubles larger(const TDoubles& a, const TDoubles& b)
 {
   return {_mm_max_pd(a.low, b.low), _mm_max_pd(a.high, b.high)};

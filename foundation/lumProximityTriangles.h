@@ -24,6 +24,7 @@ struct CPlacedPacket
   std::uint32_t rank = PROXIMITY_NONE;
   bool hasEdges = false;
   bool hasInverses = false;
+  bool hasPlanes = false;
   TVectors corners[3];
   TVectors normal;
   TVectors edges[3];
@@ -31,11 +32,13 @@ struct CPlacedPacket
   TDoubles longest;     ///< of the squares
   TVectors across;      ///< normals that are not of unit length
   TDoubles inverses[3]; ///< of these squares
+  /// Direction and offset, triangle by triangle, of the face's plane and of those upright on the edges, outwards.
+  float planes[4][4][4];
 
   void place(const CProximityPacket& i_packet, std::uint32_t i_rank, const CProximityMove& i_move)
   {
     rank = i_rank;
-    hasEdges = hasInverses = false;
+    hasEdges = hasInverses = hasPlanes = false;
     const double* m = i_move.rotation;
     const double* t = i_move.translation;
     for (int k = 0; k < 3; ++k)
@@ -67,6 +70,34 @@ struct CPlacedPacket
     hasInverses = true;
     for (int k = 0; k < 3; ++k)
       inverses[k] = inverse(squares[k]);
+  }
+  /// @param i_least edges that are shorter have no plane.
+  void makePlanes(double i_least)
+  {
+    if (!hasEdges)
+      makeEdges();
+    hasPlanes = true;
+    writePlane(0, normal, corners[0]);
+    for (int k = 0; k < 3; ++k)
+    {
+      const TDoubles share = TDoubles(1.0) / squareRoot(squares[k]);
+      writePlane(k + 1,
+                 cross(edges[k], normal) * select(squares[k] > TDoubles(i_least * i_least), share, TDoubles(0.0)),
+                 corners[k]);
+    }
+  }
+
+private:
+  void writePlane(int i_rank, const TVectors& i_direction, const TVectors& i_point)
+  {
+    const TDoubles numbers[4] = {i_direction.x, i_direction.y, i_direction.z, dot(i_direction, i_point)};
+    for (int i = 0; i < 4; ++i)
+    {
+      alignas(32) double lanes[4];
+      numbers[i].store(lanes);
+      for (int l = 0; l < 4; ++l)
+        planes[i_rank][i][l] = static_cast<float>(lanes[l]);
+    }
   }
 };
 
