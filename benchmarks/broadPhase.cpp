@@ -27,9 +27,7 @@ public:
       m_meshes.push_back(meshes[i % 4]);
       m_models.push_back(m_meshes.back()->collisionModel(m_toolkit));
       const unsigned int body = i < OBSTACLES ? ClumBroadPhase::NO_BODY : i - OBSTACLES;
-      m_phase.addShape(*m_models.back(), *m_meshes.back(), body);
-      if (i < OBSTACLES)
-        m_phase.place(i, randomPose());
+      m_phase.addShape(*m_models.back(), *m_meshes.back(), body, i < OBSTACLES ? randomPose() : ClumMat4());
       for (unsigned int still = 0; i >= OBSTACLES && still < OBSTACLES; ++still)
         m_phase.addPair(i, still);
     }
@@ -88,7 +86,7 @@ private:
     return pose;
   }
 
-  double ask(const std::vector<ClumMat4>& i_poses, unsigned int i_pair, double i_cap) const
+  double ask(const std::vector<ClumMat4>& i_poses, unsigned int i_pair, double i_cap)
   {
     const unsigned int a = m_phase.firstOf(i_pair), b = m_phase.secondOf(i_pair);
     const ClumMat4& poseA = i_poses[m_phase.bodyOf(a)];
@@ -101,13 +99,11 @@ private:
   template <class ANSWER>
   void walk(const std::vector<ClumMat4>& i_poses, ANSWER i_answer)
   {
-    for (unsigned int body = 0; body < BODIES; ++body)
-      m_phase.place(OBSTACLES + body, i_poses[body]);
+    m_phase.place(i_poses.data());
     m_phase.begin(BODIES);
     for (unsigned int body = 0; body < BODIES; ++body)
       m_phase.limit(body, m_need);
-    for (const unsigned int shape : m_phase.movingShapes())
-      m_phase.follow(shape);
+    m_phase.follow();
     ClumBroadPhase::CCandidate candidate;
     while (m_phase.next(candidate))
     {

@@ -27,19 +27,36 @@ constexpr double TURN_ROUNDING = 2e-6;
 constexpr double PLACE_ROUNDING = 2e-7;
 /// For the rounding of a gap, its square, the root and what is taken off it, in single precision.
 constexpr float GAP_ROUNDING = 1.0f - 1e-6f;
-/// For the rounding of a distance and of a box that is made larger by it, in single precision.
-constexpr float REACH_ROUNDING = 1.0f + 2e-6f;
 /// A distance within which nothing was looked at.
 constexpr float NOWHERE = -1.0f;
+/// The age of what was not placed yet.
+constexpr std::uint64_t NEVER = ~std::uint64_t(0);
 /// As many entries are sorted by counting.
 constexpr std::size_t ENOUGH_FOR_COUNTING = 128;
 /// As many items are measured one by one.
 constexpr std::size_t FEW = 4;
+/// To an item; and to all trees.
+constexpr double CELLS_PER_ITEM = 64.0;
+constexpr std::size_t MOST_CELLS = 1u << 15;
+/// Each try makes the cells as much smaller.
+constexpr double SMALLER_CELLS = 0.9;
+/// The rank of a cell has so many digits in single precision that its rounding is small beside it.
+constexpr double MOST_CELLS_ALONG = 256.0;
+/// So many cells away, items are in no list any more.
+constexpr double CELLS_AWAY = 4.0;
+/// For each cell. Where items lie so close, or overlap so much, that lists are longer, they are of no use.
+constexpr double MOST_LISTED = 64.0;
+/// Of the spacing of the items, how far to look first beyond the nearest, and at least.
+constexpr float FIRST_LOOK = 0.75f;
+constexpr float LEAST_LOOK = 0.1f;
+/// Of a cell, what is added to its sides, since the rank of a cell is found by rounding.
+constexpr double CELL_ROUNDING = 1e-4;
 /// Coordinates beyond this have no squares in single precision.
 constexpr double LARGEST_COORDINATE = 1e18;
 
 /// Four numbers at once, on any machine; each operation is rounded by itself, so all machines give the same.
 typedef float TLanes __attribute__((vector_size(16)));
+typedef double TDoubles __attribute__((vector_size(16)));
 typedef int TRanks __attribute__((vector_size(16)));
 typedef std::uint64_t TWords __attribute__((vector_size(16)));
 
@@ -96,6 +113,33 @@ TLanes absoluteLanes(TLanes i_lanes)
   return reinterpret_cast<TLanes>(bits);
 }
 
+TDoubles doublesAt(const double* i_values)
+{
+  TDoubles doubles;
+  std::memcpy(&doubles, i_values, sizeof doubles);
+  return doubles;
+}
+
+/// Four doubles, rounded.
+TLanes rounded(TDoubles i_first, TDoubles i_last)
+{
+#ifdef __SSE2__
+  return _mm_movelh_ps(_mm_cvtpd_ps(i_first), _mm_cvtpd_ps(i_last));
+#else
+  return TLanes{float(i_first[0]), float(i_first[1]), float(i_last[0]), float(i_last[1])};
+#endif
+}
+
+bool areFinite(TLanes i_lanes)
+{
+  const TLanes zeros = i_lanes - i_lanes;
+#ifdef __SSE2__
+  return _mm_movemask_ps(_mm_cmpunord_ps(zeros, zeros)) == 0;
+#else
+  return zeros[0] + zeros[1] + zeros[2] + zeros[3] == 0.0f;
+#endif
+}
+
 /// Three doubles and a fourth, rounded.
 TLanes columnAt(const double* i_column)
 {
@@ -147,6 +191,21 @@ std::uint32_t rankOf(std::uint64_t i_entry)
   return static_cast<std::uint32_t>(i_entry);
 }
 
+std::uint64_t foundOf(unsigned int i_shape, unsigned int i_item)
+{
+  return static_cast<std::uint64_t>(i_shape) << 32 | i_item;
+}
+
+unsigned int shapeOf(std::uint64_t i_found)
+{
+  return static_cast<unsigned int>(i_found >> 32);
+}
+
+unsigned int itemOf(std::uint64_t i_found)
+{
+  return static_cast<unsigned int>(i_found);
+}
+
 /// A float that is not above.
 float floatBelow(double i_value)
 {
@@ -160,7 +219,7 @@ using TNearestOnTop = std::greater<std::uint64_t>;
 // The scene.
 
 unsigned int ClumBroadPhase::addShape(const ClumCollisionModel& i_model, const ClumLeafGeometry& i_leaf,
-                                      unsigned int i_body)
+                                      unsigned int i_body, const ClumMat4& i_frame)
 {
   ClumPoint3 lowest, highest;
   i_leaf.getBoundingBox(lowest, highest);
@@ -171,18 +230,19 @@ unsigned int ClumBroadPhase::addShape(const ClumCollisionModel& i_model, const C
     const double boxCenter = 0.5 * (lowest[k] + highest[k]);
     frame.halfSize[k] = static_cast<float>(0.5 * (highest[k] - lowest[k]));
     frame.boxCenter[k] = static_cast<float>(boxCenter);
-    frame.ballCenter[k] = static_cast<float>(i_model.center()[k]);
     magnitude += std::fabs(boxCenter);
   }
+  frame.frame = i_frame;
+  frame.isFramed = i_frame != ClumMat4::IDENTITY;
+  const ClumPoint3 center = i_frame * i_model.center();
+  for (unsigned int k = 0; k < 3; ++k)
+    frame.center[k] = center[k];
+  frame.center[3] = 0.0;
   frame.radius = static_cast<float>(i_model.radius());
   frame.reach = static_cast<float>(i_model.radius() + TURN_ROUNDING * magnitude);
   m_frames.push_back(frame);
-  m_shapes.push_back({{}, false, i_body, NO_TREE, 0});
-  const unsigned int rank = countShapes() - 1;
-  if (i_body != NO_BODY)
-    m_movingShapes.push_back(rank);
-  place(rank, ClumMat4());
-  return rank;
+  m_shapes.push_back({{}, NEVER, NEVER, NEVER, i_body, NO_TREE, 0});
+  return countShapes() - 1;
 }
 
 unsigned int ClumBroadPhase::addPair(unsigned int i_first, unsigned int i_second)
@@ -206,14 +266,18 @@ void ClumBroadPhase::build()
       rows[moving].emplace_back(still, i);
   }
   for (unsigned int shape = 0; shape < countShapes(); ++shape)
-    volumeOf(shape);
+    if (bodyOf(shape) == NO_BODY)
+      volumeOf(shape);
+  m_followers.clear();
+  m_cells.clear();
+  m_listed.clear();
   m_trees.clear();
   m_nodes.clear();
   m_rows.clear();
   m_items.clear();
   m_rowPairs.clear();
   std::map<std::vector<unsigned int>, unsigned int> known;
-  for (const unsigned int moving : m_movingShapes)
+  for (unsigned int moving = 0; moving < countShapes(); ++moving)
   {
     std::sort(rows[moving].begin(), rows[moving].end());
     std::vector<unsigned int> stills;
@@ -227,6 +291,12 @@ void ClumBroadPhase::build()
     shape.firstPair = static_cast<unsigned int>(m_rowPairs.size()) - m_trees[shape.tree].firstItem;
     for (const unsigned int rank : m_trees[shape.tree].ranks)
       m_rowPairs.push_back(rows[moving][rank].second);
+    const double* const center = m_frames[moving].center;
+    m_followers.push_back({{center[0], center[0], center[1], center[1], center[2], center[2]},
+                           moving,
+                           shape.body,
+                           shape.tree,
+                           m_frames[moving].reach});
   }
 }
 
@@ -251,6 +321,7 @@ unsigned int ClumBroadPhase::treeOver(const std::vector<unsigned int>& i_shapes)
   while (std::size_t(side) * side * side < i_shapes.size())
     ++side;
   tree.spacing = longest > 0.0f ? 0.5f * longest / static_cast<float>(side) : FAR;
+  makeCells(tree);
   m_trees.push_back(tree);
   return static_cast<unsigned int>(m_trees.size()) - 1;
 }
@@ -273,6 +344,119 @@ ClumBroadPhase::CVolume ClumBroadPhase::boxAround(const CTree& i_tree, std::size
     }
   }
   return volume;
+}
+
+/// Cuts the space that the items take up into cubes. @return false if they would be of no use.
+bool ClumBroadPhase::cutIntoCells(const CTree& i_tree, CCells& o_cells) const
+{
+  const CVolume bounds = boxAround(i_tree, 0, i_tree.ranks.size());
+  double extent[3], longest = 0.0, away = 0.0;
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    extent[k] = double(bounds.high[k]) - bounds.low[k];
+    longest = std::max(longest, extent[k]);
+    away += std::max(std::fabs(bounds.low[k]), std::fabs(bounds.high[k]));
+  }
+  if (i_tree.ranks.size() <= FEW || !(longest > 0.0) || !(away < LARGEST_COORDINATE))
+    return false;
+  const auto countAlong = [&](unsigned int i_axis, double i_size) { return std::floor(extent[i_axis] / i_size) + 1.0; };
+  const auto count = [&](double i_size)
+  { return countAlong(0, i_size) * countAlong(1, i_size) * countAlong(2, i_size); };
+  const double left = static_cast<double>(MOST_CELLS - m_cells.size());
+  const double most = std::min(left, CELLS_PER_ITEM * static_cast<double>(i_tree.ranks.size()));
+  double size = longest;
+  while (count(SMALLER_CELLS * size) <= most && longest < MOST_CELLS_ALONG * SMALLER_CELLS * size)
+    size *= SMALLER_CELLS;
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    o_cells.origin[k] = bounds.low[k];
+    o_cells.scale[k] = static_cast<float>(1.0 / size);
+    o_cells.counts[k] = static_cast<int>(countAlong(k, size));
+    o_cells.last[k] = static_cast<float>(o_cells.counts[k] - 1);
+  }
+  o_cells.farthest = static_cast<float>(CELLS_AWAY * size);
+  o_cells.rounding = static_cast<float>(PLACE_ROUNDING * away);
+  o_cells.first = m_cells.size();
+  double countListed = 0.0;
+  for (const unsigned int rank : i_tree.ranks)
+  {
+    double near = 1.0;
+    for (unsigned int k = 0; k < 3; ++k)
+      near *= std::min<double>(o_cells.counts[k],
+                               (still(i_tree, rank).high[k] - still(i_tree, rank).low[k]) / size + 2.0 * CELLS_AWAY);
+    countListed += near;
+  }
+  return count(size) <= left && countListed <= MOST_LISTED * count(size);
+}
+
+/// Makes the cells of a tree, each with a list of the items that are near.
+void ClumBroadPhase::makeCells(CTree& io_tree)
+{
+  CCells cells = {};
+  const bool areOfUse = cutIntoCells(io_tree, cells);
+  io_tree.cells = cells;
+  if (!areOfUse)
+  {
+    io_tree.cells.farthest = NOWHERE;
+    return;
+  }
+  std::vector<std::vector<CListed>> lists(static_cast<std::size_t>(cells.counts[0]) * cells.counts[1] *
+                                          cells.counts[2]);
+  for (unsigned int item = 0; item < io_tree.ranks.size(); ++item)
+    listNear(cells, io_tree.firstItem + item, lists);
+  for (std::vector<CListed>& list : lists)
+  {
+    std::sort(list.begin(), list.end(),
+              [](const CListed& i_a, const CListed& i_b)
+              { return i_a.lower < i_b.lower || (i_a.lower == i_b.lower && i_a.item < i_b.item); });
+    list.resize(list.size() + 2, {cells.farthest, io_tree.firstItem}); // they are read two at a time
+    m_cells.push_back({list.front().lower, static_cast<unsigned int>(m_listed.size())});
+    m_listed.insert(m_listed.end(), list.begin(), list.end());
+  }
+}
+
+/// Enters an item into the lists of the cells near it.
+void ClumBroadPhase::listNear(const CCells& i_cells, unsigned int i_item,
+                              std::vector<std::vector<CListed>>& io_lists) const
+{
+  const CVolume& item = m_items[i_item];
+  // The squares of the gaps to the box and to the centre of the ball, by axis and cell.
+  std::vector<double> boxGaps[3], centerGaps[3];
+  int from[3];
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    const double size = 1.0 / i_cells.scale[k];
+    const auto rankOfCell = [&](double i_at)
+    {
+      const double rank = std::floor((i_at - i_cells.origin[k]) / size);
+      return static_cast<int>(std::min(std::max(rank, 0.0), double(i_cells.last[k])));
+    };
+    from[k] = rankOfCell(item.low[k] - i_cells.farthest - size);
+    const int to = rankOfCell(item.high[k] + i_cells.farthest + size);
+    for (int cell = from[k]; cell <= to; ++cell)
+    {
+      const double low = i_cells.origin[k] + (cell - CELL_ROUNDING) * size;
+      const double high = i_cells.origin[k] + (cell + 1.0 + CELL_ROUNDING) * size;
+      const double boxGap = std::max({0.0, item.low[k] - high, low - item.high[k]});
+      const double centerGap = std::max({0.0, item.ball[k] - high, low - item.ball[k]});
+      boxGaps[k].push_back(boxGap * boxGap);
+      centerGaps[k].push_back(centerGap * centerGap);
+    }
+  }
+  for (std::size_t z = 0; z < boxGaps[2].size(); ++z)
+    for (std::size_t y = 0; y < boxGaps[1].size(); ++y)
+    {
+      const double boxGap = boxGaps[2][z] + boxGaps[1][y], centerGap = centerGaps[2][z] + centerGaps[1][y];
+      const std::size_t row = (from[2] + z) * i_cells.counts[1] + from[1] + y;
+      for (std::size_t x = 0; x < boxGaps[0].size(); ++x)
+      {
+        const double distance =
+          std::max(std::sqrt(boxGap + boxGaps[0][x]), std::sqrt(centerGap + centerGaps[0][x]) - item.ball[3]);
+        const float lower = static_cast<float>((distance - i_cells.rounding) * GAP_ROUNDING);
+        if (lower < i_cells.farthest)
+          io_lists[row * i_cells.counts[0] + from[0] + x].push_back({lower, i_item});
+      }
+    }
 }
 
 float ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_rank, unsigned int i_axis) const
@@ -420,38 +604,84 @@ TLanes combinedColumns(const double* i_pose, const float* i_by)
   return lanesOf(i_by[0]) * columnAt(i_pose) + lanesOf(i_by[1]) * columnAt(i_pose + 4) +
          lanesOf(i_by[2]) * columnAt(i_pose + 8);
 }
+
+/// A point where a frame puts it, computed in double precision and rounded.
+/// @param i_point with each coordinate twice.
+TLanes placedPoint(const double* i_pose, const double* i_point)
+{
+  const TDoubles x = doublesAt(i_point), y = doublesAt(i_point + 2), z = doublesAt(i_point + 4);
+  return rounded(x * doublesAt(i_pose) + y * doublesAt(i_pose + 4) + z * doublesAt(i_pose + 8) + doublesAt(i_pose + 12),
+                 x * doublesAt(i_pose + 2) + y * doublesAt(i_pose + 6) + z * doublesAt(i_pose + 10) +
+                   doublesAt(i_pose + 14));
+}
 } // namespace
 
-void ClumBroadPhase::place(unsigned int i_shape, const ClumMat4& i_pose)
+void ClumBroadPhase::place(const ClumMat4* i_positions)
 {
-  CFrame& frame = m_frames[i_shape];
+  m_positions = i_positions;
+  ++m_age;
+}
+
+const ClumMat4& ClumBroadPhase::pose(unsigned int i_shape)
+{
   CShape& shape = m_shapes[i_shape];
-  frame.pose = i_pose;
-  shape.hasBox = false;
-  const double* m = i_pose.data();
-  const double distance = std::fabs(m[12]) + std::fabs(m[13]) + std::fabs(m[14]);
-  const TLanes center = movedBy(m + 12, combinedColumns(m, frame.ballCenter));
-  store(shape.volume.ball, center);
-  shape.volume.ball[3] = frame.reach + static_cast<float>(PLACE_ROUNDING * distance);
-  const float magnitude = frame.reach + std::fabs(center[0]) + std::fabs(center[1]) + std::fabs(center[2]);
-  if (!(magnitude + distance < LARGEST_COORDINATE))
-    store(shape.volume.ball, TLanes{0.0f, 0.0f, 0.0f, FAR});
+  CFrame& frame = m_frames[i_shape];
+  if (shape.body == NO_BODY)
+    return frame.frame;
+  if (!frame.isFramed)
+    return m_positions[shape.body];
+  if (shape.poseAge != m_age)
+  {
+    frame.pose = m_positions[shape.body] * frame.frame;
+    shape.poseAge = m_age;
+  }
+  return frame.pose;
+}
+
+/// The volume as placed, of which only the ball counts.
+inline const ClumBroadPhase::CVolume& ClumBroadPhase::placeBall(unsigned int i_shape, const float* i_center)
+{
+  CShape& shape = m_shapes[i_shape];
+  const float reach = m_frames[i_shape].reach;
+  TLanes ball = lanesAt(i_center);
+  const TLanes absolute = absoluteLanes(ball);
+  const float distance = absolute[0] + absolute[1] + absolute[2];
+  ball[3] = reach + static_cast<float>(PLACE_ROUNDING) * distance;
+  if (!(reach + distance < LARGEST_COORDINATE))
+    ball = TLanes{0.0f, 0.0f, 0.0f, FAR};
+  store(shape.volume.ball, ball);
+  shape.ballAge = m_age;
+  return shape.volume;
+}
+
+const ClumBroadPhase::CVolume& ClumBroadPhase::placeBall(unsigned int i_shape)
+{
+  const CShape& shape = m_shapes[i_shape];
+  if (shape.ballAge == m_age)
+    return shape.volume;
+  const ClumMat4& position = shape.body == NO_BODY ? ClumMat4::IDENTITY : m_positions[shape.body];
+  const double* const local = m_frames[i_shape].center;
+  const double center[] = {local[0], local[0], local[1], local[1], local[2], local[2]};
+  float placed[4];
+  store(placed, placedPoint(position.data(), center));
+  return placeBall(i_shape, placed);
 }
 
 /// The volume as placed, its box within that of the ball.
 const ClumBroadPhase::CVolume& ClumBroadPhase::volumeOf(unsigned int i_shape)
 {
   CShape& shape = m_shapes[i_shape];
-  if (shape.hasBox)
-    return shape.volume;
-  shape.hasBox = true;
   CVolume& volume = shape.volume;
+  if (shape.boxAge == m_age || (shape.body == NO_BODY && shape.boxAge != NEVER))
+    return volume;
+  placeBall(i_shape);
+  shape.boxAge = m_age;
   const TLanes ball = lanesAt(volume.ball), reach = lanesOf(volume.ball[3]);
   TLanes low = ball - reach, high = ball + reach;
   if (volume.ball[3] < FAR)
   {
     const CFrame& frame = m_frames[i_shape];
-    const double* m = frame.pose.data();
+    const double* m = pose(i_shape).data();
     const TLanes middle = combinedColumns(m, frame.boxCenter);
     const TLanes half = lanesOf(frame.halfSize[0]) * absoluteLanes(columnAt(m)) +
                         lanesOf(frame.halfSize[1]) * absoluteLanes(columnAt(m + 4)) +
@@ -487,7 +717,7 @@ double ClumBroadPhase::lowerBound(unsigned int i_pair)
 
 void ClumBroadPhase::begin(unsigned int i_countBodies)
 {
-  m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED, FAR});
+  m_bodies.assign(i_countBodies, {UNBOUNDED, UNBOUNDED, FAR, 0});
   m_waiting.clear();
   m_fresh.clear();
   m_sorted.clear();
@@ -495,16 +725,10 @@ void ClumBroadPhase::begin(unsigned int i_countBodies)
   m_next = 0;
 }
 
-void ClumBroadPhase::limit(unsigned int i_body, double i_limit)
-{
-  m_bodies[i_body].limit = i_limit;
-  m_bodies[i_body].reach = static_cast<float>(i_limit) * REACH_ROUNDING;
-}
-
 inline void ClumBroadPhase::wait(float i_lower, unsigned int i_pair, unsigned int i_shape)
 {
   m_fresh.push_back(entryOf(i_lower, m_waiting.size()));
-  m_waiting.push_back({i_pair, i_shape});
+  m_waiting.push_back({i_pair, i_shape, i_shape == NO_SHAPE ? NO_BODY : bodyOf(i_shape)});
 }
 
 void ClumBroadPhase::enter(unsigned int i_pair, double i_lower)
@@ -541,24 +765,50 @@ inline bool ClumBroadPhase::markNear(const float* i_ball, float i_distance, cons
   return (any[0] | any[1]) != 0;
 }
 
-inline void ClumBroadPhase::take(unsigned int i_shape, unsigned int i_item)
+namespace
 {
-  const float lower = gapBetween(volumeOf(i_shape), m_items[i_item]);
-  const unsigned int body = bodyOf(i_shape);
-  if (lower > m_bodies[body].reach)
-    passOver(body, lower);
-  else
-    wait(lower, m_rowPairs[m_shapes[i_shape].firstPair + i_item], i_shape);
+/// False if balls alone show that their shapes are farther apart than a distance.
+/// @param i_reach the radius of the first, and the distance.
+bool areBallsWithin(TLanes i_center, float i_reach, const float* i_ball)
+{
+  const TLanes step = i_center - lanesAt(i_ball), steps = step * step;
+  const float reach = i_reach + i_ball[3];
+  return (steps[0] + steps[1] + steps[2]) * (GAP_ROUNDING * GAP_ROUNDING) <= reach * reach;
+}
+} // namespace
+
+/// Makes room for so much that may be found.
+inline void ClumBroadPhase::makeRoomFor(std::size_t i_count)
+{
+  if (m_found.size() < m_countFound + i_count)
+    m_found.resize(2 * (m_countFound + i_count));
 }
 
-/// Whether the balls alone show that an item is beyond the limit of a shape's body.
-inline bool ClumBroadPhase::areBallsApart(unsigned int i_shape, unsigned int i_item) const
+/// Lets what was found wait, or passes it over.
+void ClumBroadPhase::takeFound()
 {
-  const CShape& shape = m_shapes[i_shape];
-  const TLanes step = lanesAt(shape.volume.ball) - lanesAt(m_items[i_item].ball);
-  const TLanes steps = step * step;
-  const float reach = shape.volume.ball[3] + m_items[i_item].ball[3] + m_bodies[shape.body].reach;
-  return (steps[0] + steps[1] + steps[2]) * (GAP_ROUNDING * GAP_ROUNDING) > reach * reach;
+  const TFound* const end = m_found.data() + m_countFound;
+  for (const TFound* found = m_found.data(); found != end;)
+  {
+    const unsigned int rank = shapeOf(*found);
+    const CVolume& volume = volumeOf(rank);
+    const CShape& shape = m_shapes[rank];
+    const CVolume* const items = m_items.data();
+    const unsigned int* const pairs = m_rowPairs.data();
+    const float reach = m_bodies[shape.body].reach;
+    float nearest = FAR; // of what is beyond the limit
+    for (; found != end && shapeOf(*found) == rank; ++found)
+    {
+      const unsigned int item = itemOf(*found);
+      const float lower = gapBetween(volume, items[item]);
+      if (lower > reach)
+        nearest = std::min(nearest, lower);
+      else
+        wait(lower, pairs[shape.firstPair + item], rank);
+    }
+    passOver(shape.body, nearest);
+  }
+  m_countFound = 0;
 }
 
 /// Lets the items that are within one distance, and not within another, wait. @return true if none is farther.
@@ -575,9 +825,12 @@ bool ClumBroadPhase::gatherMarked(unsigned int i_shape, const CNode& i_node, con
   TMarks done = {};
   if (i_from >= 0.0f)
     markNear(m_shapes[i_shape].volume.ball, i_from, i_node, done);
-  const unsigned int body = bodyOf(i_shape);
-  const bool hasLimit = m_bodies[body].reach < FAR;
-  bool isAll = true;
+  makeRoomFor(FANOUT);
+  const CShape& shape = m_shapes[i_shape];
+  const TLanes ball = lanesAt(shape.volume.ball);
+  const float reach = shape.volume.ball[3] + m_bodies[shape.body].reach;
+  TFound* found = m_found.data() + m_countFound;
+  bool isAll = true, isSomeApart = false;
   for (unsigned int word = 0; word < i_node.countWords; ++word)
   {
     isAll = isAll && i_marks[word] == i_node.all[word];
@@ -589,13 +842,19 @@ bool ClumBroadPhase::gatherMarked(unsigned int i_shape, const CNode& i_node, con
       {
         const bool isNew = (left & -left & done[word]) == 0;
         isAll = gather(i_shape, child, isNew ? NOWHERE : i_from, i_to) && isAll;
+        continue;
       }
-      else if (hasLimit && areBallsApart(i_shape, child))
-        passOver(body, limit(body));
-      else
-        take(i_shape, child);
+      // What counts can hardly be foretold: no branch depends on it.
+      const bool isWithin = reach == FAR || areBallsWithin(ball, reach, m_items[child].ball);
+      *found = foundOf(i_shape, child);
+      found += isWithin;
+      isSomeApart |= !isWithin;
     }
   }
+  if (i_node.isBottom)
+    m_countFound = static_cast<std::size_t>(found - m_found.data());
+  if (isSomeApart)
+    passOver(shape.body);
   return isAll;
 }
 
@@ -605,26 +864,133 @@ void ClumBroadPhase::look(unsigned int i_shape, float i_from)
   const CShape& shape = m_shapes[i_shape];
   const CBody& body = m_bodies[shape.body];
   const CTree& tree = m_trees[shape.tree];
+  placeBall(i_shape);
   if (tree.ranks.size() <= FEW)
   {
+    makeRoomFor(FEW);
     for (unsigned int item = 0; item < tree.ranks.size(); ++item)
-      take(i_shape, tree.firstItem + item);
+      m_found[m_countFound++] = foundOf(i_shape, tree.firstItem + item);
     return;
   }
-  const float to = i_from < 0.0f ? tree.spacing : 2.0f * i_from;
+  const float to = i_from < 0.0f ? firstLook(tree, shape.volume.ball) : 2.0f * i_from;
   const bool isLast = !(to * REACH_ROUNDING < body.reach);
   const float from = i_from * REACH_ROUNDING;
   const bool isAll = gather(i_shape, tree.root, from, isLast ? body.reach : to * REACH_ROUNDING);
   if (!isAll && isLast)
-    passOver(shape.body, body.limit);
+    passOver(shape.body);
   else if (!isAll)
     wait(to, BEYOND, i_shape);
 }
 
-void ClumBroadPhase::follow(unsigned int i_shape)
+/// Finds the cell that is nearest to a point. @return false for a point that is nowhere.
+inline bool ClumBroadPhase::findCell(const CCells& i_cells, const float* i_point, std::size_t& o_rank)
 {
-  if (m_shapes[i_shape].tree != NO_TREE)
-    look(i_shape, NOWHERE);
+  const TLanes at = (lanesAt(i_point) - lanesAt(i_cells.origin)) * lanesAt(i_cells.scale);
+  const TLanes inside = smallerLanes(largerLanes(at, lanesOf(0.0f)), lanesAt(i_cells.last));
+  const TRanks ranks = __builtin_convertvector(inside, TRanks);
+  o_rank = static_cast<unsigned int>((ranks[2] * i_cells.counts[1] + ranks[1]) * i_cells.counts[0] + ranks[0]);
+  return areFinite(at);
+}
+
+/// Enters in `m_near` those of some followers, all of one tree, that have something near. @return how many there are.
+std::size_t ClumBroadPhase::findNear(std::size_t i_begin, std::size_t i_end)
+{
+  const CCells cells = m_trees[m_followers[i_begin].tree].cells;
+  const CCell* const firstCell = m_cells.data() + cells.first;
+  const CFollower* const followers = m_followers.data();
+  const ClumMat4* const positions = m_positions;
+  CBody* const bodies = m_bodies.data();
+  CNear* near = m_near.data();
+  for (std::size_t i = i_begin; i < i_end; ++i)
+  {
+    const CFollower& follower = followers[i];
+    CBody& body = bodies[follower.body];
+    float center[4];
+    store(center, placedPoint(positions[follower.body].data(), follower.center));
+    std::size_t rank = 0;
+    const bool isSomewhere = findCell(cells, center, rank);
+    const CCell& cell = firstCell[rank];
+    // What is near can hardly be foretold: no branch depends on it.
+    const bool isNear = !(cell.clearance > follower.reach + body.reach) | !isSomewhere;
+    std::memcpy(near->center, center, sizeof center);
+    near->firstListed = cell.firstListed;
+    near->follower = static_cast<unsigned int>(i);
+    near += isNear;
+    body.isPassedOver |= !isNear;
+  }
+  return static_cast<std::size_t>(near - m_near.data());
+}
+
+/// How far to look first where there is no limit: so far that what is nearest is likely to be found.
+inline float ClumBroadPhase::firstLook(const CTree& i_tree, const float* i_ball) const
+{
+  std::size_t rank = 0;
+  if (!(i_tree.cells.farthest > 0.0f) || !findCell(i_tree.cells, i_ball, rank))
+    return i_tree.spacing;
+  const float nearest = m_cells[i_tree.cells.first + rank].clearance - i_ball[3];
+  return std::max(nearest + FIRST_LOOK * i_tree.spacing, LEAST_LOOK * i_tree.spacing);
+}
+
+/// Finds, for what is near, the items that may be within the limits: by the list of its cell if that reaches as far.
+void ClumBroadPhase::findItems(std::size_t i_count)
+{
+  for (const CNear* near = m_near.data(); near != m_near.data() + i_count; ++near)
+  {
+    const CFollower& follower = m_followers[near->follower];
+    const CTree& tree = m_trees[follower.tree];
+    CBody& body = m_bodies[follower.body];
+    const float reach = follower.reach + body.reach;
+    if (!(reach < tree.cells.farthest))
+    {
+      look(follower.shape, NOWHERE);
+      continue;
+    }
+    const std::size_t countItems = tree.ranks.size();
+    makeRoomFor(countItems + 1);
+    TFound* const first = m_found.data() + m_countFound;
+    TFound* found = first;
+    const CVolume* const items = m_items.data();
+    const TLanes center = lanesAt(near->center);
+    const float ballReach = reach + tree.cells.rounding;
+    const CListed* listed = m_listed.data() + near->firstListed;
+    do
+      for (const CListed* const end = listed + 2; listed < end; ++listed)
+      {
+        *found = foundOf(follower.shape, listed->item);
+        const bool isNear = areBallsWithin(center, ballReach, items[listed->item].ball);
+        found += isNear & (listed->lower <= reach);
+      }
+    while (listed->lower <= reach);
+    const std::size_t count = static_cast<std::size_t>(found - first);
+    m_countFound += count;
+    body.isPassedOver |= count < countItems;
+  }
+}
+
+void ClumBroadPhase::follow()
+{
+  m_near.resize(m_followers.size());
+  for (std::size_t begin = 0, end = 0; begin < m_followers.size(); begin = end)
+  {
+    const unsigned int tree = m_followers[begin].tree;
+    while (end < m_followers.size() && m_followers[end].tree == tree)
+      ++end;
+    // Limits are mostly alike.
+    if (m_bodies[m_followers[begin].body].reach < m_trees[tree].cells.farthest)
+      findItems(findNear(begin, end));
+    else
+      for (std::size_t i = begin; i < end; ++i)
+        look(m_followers[i].shape, NOWHERE);
+  }
+  takeFound();
+}
+
+void ClumBroadPhase::follow(unsigned int i_body)
+{
+  for (const CFollower& follower : m_followers)
+    if (follower.body == i_body)
+      look(follower.shape, NOWHERE);
+  takeFound();
 }
 
 /// Sorts what is fresh, or, while some of what was sorted is left, puts it into a heap beside that.
@@ -689,10 +1055,13 @@ bool ClumBroadPhase::next(CCandidate& o_candidate)
     }
     const CWaiting waiting = m_waiting[rankOf(entry)];
     const float lower = lowerOf(entry);
-    if (waiting.shape != NO_SHAPE && lower > limit(bodyOf(waiting.shape)))
-      passOver(bodyOf(waiting.shape), lower);
+    if (waiting.body != NO_BODY && lower > limit(waiting.body))
+      passOver(waiting.body);
     else if (waiting.pair == BEYOND)
+    {
       look(waiting.shape, lower);
+      takeFound();
+    }
     else
     {
       o_candidate = {lower, waiting.pair};

@@ -49,14 +49,12 @@ std::uint64_t nextInnerSceneStamp()
 /// The scene taken apart: shapes, pairs of shapes, and scratch memory for one validation.
 struct CorvValidatorCfgLumScene::CInnerScene
 {
-  /// A leaf with its frame in its body, or in the world if it stands still. Its rank is that in the broad phase.
+  /// A leaf. Its rank is that in the broad phase.
   struct CShape
   {
     ClumCollisionModelConstShPtr model;
-    ClumMat4 frame;
-    unsigned int body = NO_BODY;
+    unsigned int body;
     ClumGeometryConstShPtr geometry;
-    bool isFramed = false; ///< its frame is not that of its body
   };
 
   /// What is remembered of a pair, for as long as the epoch lasts.
@@ -139,19 +137,8 @@ struct CorvValidatorCfgLumScene::CInnerScene
   void addShape(const ClumCollisionModelConstShPtr& i_model, const ClumMat4& i_frame, unsigned int i_body,
                 const ClumLeafGeometryConstShPtr& i_leaf)
   {
-    shapes.push_back({i_model, i_frame, i_body, i_leaf, i_frame != ClumMat4::IDENTITY});
-    const unsigned int rank = broadPhase.addShape(*i_model, *i_leaf, i_body);
-    if (i_body == NO_BODY)
-      broadPhase.place(rank, i_frame);
-  }
-
-  void place(unsigned int i_shape)
-  {
-    const CShape& shape = shapes[i_shape];
-    if (shape.body == NO_BODY)
-      return;
-    const ClumMat4& position = positions[shape.body];
-    broadPhase.place(i_shape, shape.isFramed ? position * shape.frame : position);
+    shapes.push_back({i_model, i_body, i_leaf});
+    broadPhase.addShape(*i_model, *i_leaf, i_body, i_frame);
   }
 
   CMemory& memoryOf(unsigned int i_pair)
@@ -255,19 +242,19 @@ public:
   bool run(const CorvDevice& i_device)
   {
     prepareBodies(i_device);
+    m_broadPhase.place(m_inner.positions.data());
     if (asksLastColliding())
       return true;
-    for (const unsigned int shape : m_broadPhase.movingShapes())
-      m_inner.place(shape);
     m_broadPhase.begin(static_cast<unsigned int>(m_inner.bodies.size()));
     for (unsigned int body = 0; body < m_inner.bodies.size(); ++body)
       updateLimit(body);
     m_isWalking = true;
     if (m_query.testsSelfCollision)
       enterMovingPairs();
-    for (const unsigned int shape : m_broadPhase.movingShapes())
-      if (isTested(m_inner.shapes[shape].body))
-        m_broadPhase.follow(shape);
+    if (m_query.specificBody < 0)
+      m_broadPhase.follow();
+    else
+      m_broadPhase.follow(static_cast<unsigned int>(m_query.specificBody));
     ClumBroadPhase::CCandidate candidate;
     while (m_broadPhase.next(candidate))
       if (candidate.pair != m_askedFirst && canMatter(candidate) && isContact(candidate.pair))
@@ -381,8 +368,6 @@ private:
     const bool isSelf = first != NO_BODY && second != NO_BODY;
     if ((isSelf && !m_query.testsSelfCollision) || (!isTested(first) && !isTested(second)))
       return false;
-    m_inner.place(m_broadPhase.firstOf(pair));
-    m_inner.place(m_broadPhase.secondOf(pair));
     if (m_broadPhase.lowerBound(pair) > toleranceOf(pair))
       return false;
     m_askedFirst = pair;
