@@ -29,6 +29,8 @@ constexpr double PLACE_ROUNDING = 2e-7;
 constexpr float GAP_ROUNDING = 1.0f - 1e-6f;
 /// A distance within which nothing was looked at.
 constexpr float NOWHERE = -1.0f;
+/// For what is nowhere.
+constexpr std::size_t NOT_LISTED = ~std::size_t(0);
 /// The age of what was not placed yet.
 constexpr std::uint64_t NEVER = ~std::uint64_t(0);
 /// As many entries are sorted by counting.
@@ -913,7 +915,7 @@ std::size_t ClumBroadPhase::findNear(std::size_t i_begin, std::size_t i_end)
     // What is near can hardly be foretold: no branch depends on it.
     const bool isNear = !(cell.clearance > follower.reach + body.reach) | !isSomewhere;
     std::memcpy(near->center, center, sizeof center);
-    near->firstListed = cell.firstListed;
+    near->firstListed = isSomewhere ? cell.firstListed : NOT_LISTED;
     near->follower = static_cast<unsigned int>(i);
     near += isNear;
     body.isPassedOver |= !isNear;
@@ -940,7 +942,7 @@ void ClumBroadPhase::findItems(std::size_t i_count)
     const CTree& tree = m_trees[follower.tree];
     CBody& body = m_bodies[follower.body];
     const float reach = follower.reach + body.reach;
-    if (!(reach < tree.cells.farthest))
+    if (!(reach < tree.cells.farthest) || near->firstListed == NOT_LISTED)
     {
       look(follower.shape, NOWHERE);
       continue;

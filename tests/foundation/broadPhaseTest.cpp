@@ -213,14 +213,24 @@ TEST_F(BroadPhaseHall, ShapesWithoutAPlaceAreNeverPassedOver)
       nowhere.setTranslation({body == 2 ? 1.0 : place, body == 2 ? place : 1.0, 0.0});
       positions[body] = nowhere;
       phase.place(positions.data());
-      phase.begin(BODIES);
-      phase.limit(body, 0.0);
-      phase.follow(body);
-      ClumBroadPhase::CCandidate candidate;
-      unsigned int count = 0;
-      for (; phase.next(candidate); ++count)
-        EXPECT_EQ(bodyOfPair(candidate.pair), body);
-      EXPECT_EQ(count, counts[body]);
+      for (const bool followsAll : {false, true})
+      {
+        phase.begin(BODIES);
+        for (unsigned int other = 0; other < BODIES; ++other)
+          phase.limit(other, 0.0);
+        if (followsAll)
+          phase.follow();
+        else
+          phase.follow(body);
+        ClumBroadPhase::CCandidate candidate;
+        unsigned int count = 0;
+        while (phase.next(candidate))
+        {
+          count += bodyOfPair(candidate.pair) == body;
+          EXPECT_TRUE(followsAll || bodyOfPair(candidate.pair) == body);
+        }
+        EXPECT_EQ(count, counts[body]);
+      }
     }
 }
 
