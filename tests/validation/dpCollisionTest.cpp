@@ -316,6 +316,38 @@ TEST_F(DPCollision, AnswerDoesNotDependOnWhatWasAskedBefore)
     EXPECT_EQ(ask(validator, seed), forwards[seed]) << seed;
 }
 
+// Where the judge is switched off, the ends keep the reports that the proof before gave them; of the world since, these
+// tell nothing.
+TEST_F(DPCollision, AJudgeThatIsSwitchedOffLeavesNoReportsToProveBy)
+{
+  const ClumGeometryShPtr wall = boxMesh(0.5, 20.0, 8.0);
+  ASSERT_TRUE(device->addObstacleGeometry(wall).succeeded());
+  const auto moveWall = [&](double i_x)
+  {
+    ClumMat4 pose;
+    pose.setTranslation({i_x, 0.0, 0.0});
+    wall->position(pose);
+  };
+  const CorvValidatorSetShPtr judge = CorvValidatorSet::create(space);
+  ASSERT_TRUE(judge->add(device->collisionValidator()).succeeded());
+  judge->isActivated(false);
+  for (const Algorithm algorithm : {CorvValidatorDPCollision::DICHOTOMY, CorvValidatorDPCollision::PROGRESSIVE_FORWARD,
+                                    CorvValidatorDPCollision::PROGRESSIVE_BACKWARD})
+    for (const double penetration : {0.0, 0.5})
+    {
+      moveWall(50.0);
+      const CorvDirectPathShPtr motion = path(-3.0, 8.0, 3.0, 8.0);
+      bool isValid = false;
+      EXPECT_EQ(configsFor(make(penetration, algorithm), *motion, isValid), 2u);
+      EXPECT_TRUE(isValid);
+
+      moveWall(0.0);
+      const CorvValidatorShPtr unjudged = CorvValidatorDPCollision::create(space, judge, penetration, algorithm);
+      const unsigned long count = configsFor(unjudged, *motion, isValid);
+      EXPECT_TRUE(penetration == 0.0 ? !isValid : count > 5) << algorithm << " " << penetration << " " << count;
+    }
+}
+
 TEST(DPCollisionScale, AProofCostsTheSameInEveryUnit)
 {
   for (const double relativePenetration : {0.0, 0.02})
