@@ -1102,23 +1102,24 @@ bool CorvDevice::hasUnboundedDof(const CorvConfig& i_config) const
 }
 
 /// Checks a motion's start and rates, and finds this device's part of them.
+/// @param i_isStraight the rates are velocities of a straight motion.
 /// @param io_table set to what the bound stands on. @return -1 where no bound is known.
-lmStatus CorvDevice::readMotion(const CorvConfig& i_from, const std::vector<double>& i_derivatives,
+lmStatus CorvDevice::readMotion(const CorvConfig& i_from, const std::vector<double>& i_rates, bool i_isStraight,
                                 const double*& o_values, const double*& o_rates,
                                 ShPtr<const CorvDeviceTable>& io_table) const
 {
   const CCache& cache = updateCache();
   unsigned int first = 0;
-  if (firstRankIn(i_from, first).failed() || i_derivatives.size() != i_from.size())
+  if (firstRankIn(i_from, first).failed() || i_rates.size() != i_from.size())
     return lmStatus::FAILURE;
   const double* values = i_from.beginPtr();
   if (!values || hasUnboundedDof(i_from))
     return lmStatus::FAILURE;
   const unsigned int count = static_cast<unsigned int>(cache.dofs.size());
   o_values = values + first;
-  o_rates = i_derivatives.data() + first;
-  const bool areUsable = areUsableNumbers(o_values, count, false) && areUsableNumbers(o_rates, count, true);
-  if (!areUsable || cache.table->prepare(o_values, o_rates).failed())
+  o_rates = i_rates.data() + first;
+  const bool areUsable = areUsableNumbers(o_values, count, false) && areUsableNumbers(o_rates, count, !i_isStraight);
+  if (!areUsable || cache.table->prepare({o_values, o_rates, i_isStraight}).failed())
     return lmStatus::FAILURE;
   if (io_table != cache.table)
     io_table = cache.table;

@@ -33,6 +33,9 @@ constexpr double NEWTON_GAIN = 1e-3;
 /// A chord is shorter than its arc by less than a 24th of the angle's square, so up to this angle the slope at zero
 /// gives what the bound itself would to within the gain above. The slope is on the safe side.
 constexpr double SMALL_TURN = 0.15;
+/// Up to this angle that is so to within a part in a hundred, too little to look further than the slope where another
+/// bound is known.
+constexpr double MODERATE_TURN = 0.5;
 constexpr double QUARTER_TURN = 1.57079632679489661923;
 
 /// True if the object is of one of the classes itself: a class derived from them may do something else.
@@ -96,6 +99,14 @@ double chordOfTurn(double i_angle, double& o_slope)
   return 2.0 * sine;
 }
 
+constexpr double INFINITE_SPEED = std::numeric_limits<double>::infinity();
+
+/// False for an allowance that does not limit.
+bool isLimit(double i_allowance)
+{
+  return !(std::isinf(i_allowance) && i_allowance > 0.0);
+}
+
 /// Keeps the numbers. @return true if they were the ones kept before.
 bool isKept(const double* i_numbers, std::vector<double>& io_kept)
 {
@@ -103,6 +114,24 @@ bool isKept(const double* i_numbers, std::vector<double>& io_kept)
     return true;
   std::copy(i_numbers, i_numbers + io_kept.size(), io_kept.begin());
   return false;
+}
+
+/// The square of the largest length of shift + turn x p over the points of packs.
+template <class PACK>
+double largestSquaredSpeed(const PACK* i_begin, const PACK* i_end, const ClumVect3& i_shift, const ClumVect3& i_turn)
+{
+  const double a = i_turn.x(), b = i_turn.y(), c = i_turn.z();
+  double squares[4] = {0.0, 0.0, 0.0, 0.0};
+  for (const PACK* pack = i_begin; pack != i_end; ++pack)
+    for (unsigned int i = 0; i < 4; ++i)
+    {
+      const double x = i_shift.x() + (b * pack->z[i] - c * pack->y[i]);
+      const double y = i_shift.y() + (c * pack->x[i] - a * pack->z[i]);
+      const double z = i_shift.z() + (a * pack->y[i] - b * pack->x[i]);
+      const double square = x * x + y * y + z * z;
+      squares[i] = square > squares[i] ? square : squares[i];
+    }
+  return std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3]));
 }
 
 /// The direction in the coordinates of a frame.
@@ -115,7 +144,7 @@ ClumVect3 turnedBack(const ClumMat4& i_frame, const ClumVect3& i_direction)
 } // namespace
 
 CorvDeviceTable::CorvDeviceTable(const CorvJointConstShPtr& i_root, const CorvConfigSpace& i_space)
-  : m_values(i_space.size()), m_rates(i_space.size())
+  : m_values(i_space.size()), m_rates(i_space.size()), m_speeds(i_space.size())
 {
   if (i_root)
     addJoint(*i_root, -1, i_space);
@@ -307,6 +336,7 @@ void CorvDeviceTable::place(const double* i_values) const
   m_isPlaced = true;
   for (CTerm& term : m_terms)
     term.isCurrent = false;
+  forgetBounds();
   for (std::size_t j = 0; j < m_joints.size(); ++j)
   {
     const CJointRow& row = m_joints[j];
@@ -314,34 +344,46 @@ void CorvDeviceTable::place(const double* i_values) const
       m_frames[j] = row.fixed;
     else
       m_frames[j] = row.isFixedIdentity ? m_frames[row.parent] : m_frames[row.parent] * row.fixed;
-    applyEffect(row, i_values + row.firstDof, m_frames[j], m_motions[j].axes);
+    applyEffect(row, i_values + row.firstDof, m_frames[j], m_motions[j]);
   }
 }
 
-/// Multiplies a frame by an effect on the right. @param o_axes takes the axes of its rotations.
-void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, ClumVect3* o_axes)
+void CorvDeviceTable::forgetBounds() const
 {
+  for (CBound& bound : m_bounds)
+    bound.isCurrent = false;
+}
+
+/// Multiplies a frame by an effect on the right. @param io_motion takes the axes and ways of it.
+void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame,
+                                  CMotion& io_motion)
+{
+  static constexpr ClumMat4::EBaseVector AXES[3] = {ClumMat4::X_AXIS, ClumMat4::Y_AXIS, ClumMat4::Z_AXIS};
+  ClumVect3* const axes = io_motion.axes;
+  if (i_row.kind == PLANE || i_row.kind == FREE)
+    for (unsigned int i = 0; i < 3; ++i)
+      io_motion.ways[i] = io_frame.axis(AXES[i]);
   switch (i_row.kind)
   {
   case FIXED: break;
   case ROTATION:
-    o_axes[0] = io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis));
+    axes[0] = io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis));
     turnFrame(io_frame, i_row.axis, i_row.sign * i_values[0]);
     break;
   case TRANSLATION:
     io_frame.setTranslation(io_frame.translation() +
                             io_frame.axis(static_cast<ClumMat4::EBaseVector>(i_row.axis)) * (i_row.sign * i_values[0]));
     break;
-  case DOUBLE_ROTATION: turnFrameByAngles(io_frame, i_values, 2, o_axes); break;
-  case THREE_ROTATIONS: turnFrameByAngles(io_frame, i_values, 3, o_axes); break;
+  case DOUBLE_ROTATION: turnFrameByAngles(io_frame, i_values, 2, axes); break;
+  case THREE_ROTATIONS: turnFrameByAngles(io_frame, i_values, 3, axes); break;
   case PLANE:
     shiftFrame(io_frame, ClumVect3(i_values[0], i_values[1], 0.0));
-    o_axes[0] = io_frame.axis(ClumMat4::Z_AXIS);
+    axes[0] = io_motion.ways[2];
     turnFrame(io_frame, 2, i_values[2]);
     break;
   case FREE:
     shiftFrame(io_frame, ClumVect3(i_values[0], i_values[1], i_values[2]));
-    turnFrameByAngles(io_frame, i_values + 3, 3, o_axes);
+    turnFrameByAngles(io_frame, i_values + 3, 3, axes);
     break;
   case OTHER:
   {
@@ -354,15 +396,19 @@ void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values
 }
 
 /// Places the joints and sets their motions. @return -1 where no bound is known.
-lmStatus CorvDeviceTable::prepare(const double* i_values, const double* i_rates) const
+lmStatus CorvDeviceTable::prepare(const CStart& i_start) const
 {
   if (!m_hasRigidBodies)
     return lmStatus::FAILURE;
-  if (!isKept(i_rates, m_rates) || !m_hasRates || m_hasOtherEffects)
+  if (!isKept(i_start.rates, m_rates) || i_start.isStraight != m_isStraight || !m_hasRates || m_hasOtherEffects)
   {
     m_hasRates = false;
+    m_isStraight = i_start.isStraight;
+    forgetBounds();
+    std::vector<double>& speeds = m_speeds;
+    std::transform(m_rates.begin(), m_rates.end(), speeds.begin(), [](double i_rate) { return std::fabs(i_rate); });
     for (std::size_t j = 0; j < m_joints.size(); ++j)
-      if (setRates(m_joints[j], i_rates + m_joints[j].firstDof, m_motions[j]).failed())
+      if (setRates(m_joints[j], speeds.data() + m_joints[j].firstDof, m_motions[j]).failed())
         return lmStatus::FAILURE;
     m_hasRates = true;
     m_advance = -1.0;
@@ -374,63 +420,60 @@ lmStatus CorvDeviceTable::prepare(const double* i_values, const double* i_rates)
         m_fastestTurn = std::max(m_fastestTurn, motion.turns[i].rate);
     }
   }
-  place(i_values);
+  place(i_start.values);
   return lmStatus();
 }
 
-/// The longest advance at which no body exceeds its allowance. Leaves the bounds of the bodies that are limited, and 0
-/// for the others.
+/// The longest advance at which no body exceeds its allowance.
 double CorvDeviceTable::longestAdvance(const double* i_allowances, double i_rest) const
 {
   double advance = i_rest;
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
-  {
-    m_bounds[b] = CBound{0.0, 0.0};
-    if (std::isinf(i_allowances[b]) && i_allowances[b] > 0.0)
-      continue;
-    setLevers(m_bodies[b]);
-    m_bounds[b] = boundOf(m_bodies[b]);
-    advance = std::min(advance, bodyAdvance(std::max(i_allowances[b], 0.0), m_bodies[b], m_bounds[b], advance));
-  }
+    if (isLimit(i_allowances[b]))
+      advance = std::min(advance, bodyAdvance(std::max(i_allowances[b], 0.0), m_bodies[b], boundOf(b), advance));
   return advance;
 }
 
-double CorvDeviceTable::advanceWithin(const double* i_values, const double* i_rates, const double* i_allowances,
-                                      double i_rest) const
+double CorvDeviceTable::advanceWithin(const CStart& i_start, const double* i_allowances, double i_rest) const
 {
-  return prepare(i_values, i_rates).succeeded() ? longestAdvance(i_allowances, i_rest) : 0.0;
+  return prepare(i_start).succeeded() ? longestAdvance(i_allowances, i_rest) : 0.0;
 }
 
-double CorvDeviceTable::advance(const double* i_values, const double* i_rates, double* io_allowances,
-                                double i_rest) const
+double CorvDeviceTable::advance(const CStart& i_start, double* io_allowances, double i_rest) const
 {
-  const double advance = advanceWithin(i_values, i_rates, io_allowances, i_rest);
+  const double advance = advanceWithin(i_start, io_allowances, i_rest);
   setAdvance(advance);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
+    if (!isLimit(io_allowances[b]))
+      continue;
+    const CBound& bound = boundOf(b);
     double slope;
-    if (m_bounds[b].slopeAtZero > 0.0)
-      io_allowances[b] = std::max(0.0, io_allowances[b] - displacement(m_bodies[b], m_bounds[b], slope));
+    const double moved = std::min(displacement(m_bodies[b], bound, slope), speedBound(bound, advance));
+    io_allowances[b] = std::max(0.0, io_allowances[b] - moved);
   }
   return advance;
 }
 
-void CorvDeviceTable::displacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const
+void CorvDeviceTable::displacements(const CStart& i_start, double i_rest, double* o_moved) const
 {
-  if (prepare(i_values, i_rates).failed())
+  if (prepare(i_start).failed())
   {
     std::fill(o_moved, o_moved + m_bodies.size(), std::numeric_limits<double>::infinity());
     return;
   }
-  const bool isStraight = areTurnsSmall(i_rest);
-  if (!isStraight)
-    setAdvance(i_rest);
   for (std::size_t b = 0; b < m_bodies.size(); ++b)
   {
-    setLevers(m_bodies[b]);
-    const CBound bound = boundOf(m_bodies[b]);
+    const CBound& bound = boundOf(b);
+    const double moved = speedBound(bound, i_rest);
+    if (areTurnsBelow(moved < INFINITE_SPEED ? MODERATE_TURN : SMALL_TURN, i_rest))
+    {
+      o_moved[b] = std::min(moved, bound.slopeAtZero * i_rest);
+      continue;
+    }
+    setAdvance(i_rest);
     double slope;
-    o_moved[b] = isStraight ? bound.slopeAtZero * i_rest : displacement(m_bodies[b], bound, slope);
+    o_moved[b] = std::min(moved, displacement(m_bodies[b], bound, slope));
   }
 }
 
@@ -574,11 +617,16 @@ void CorvDeviceTable::measureLevers(const CBodyRow& i_body, const ClumPoint3& i_
   o_term.wholeLever = whole;
 }
 
-/// The bound at the rates at hand.
-CorvDeviceTable::CBound CorvDeviceTable::boundOf(const CBodyRow& i_body) const
+/// The bound at the placing and the rates at hand.
+const CorvDeviceTable::CBound& CorvDeviceTable::boundOf(std::size_t i_body) const
 {
-  CBound bound{0.0, 0.0};
-  for (unsigned int t = i_body.firstTerm; t < i_body.firstTerm + i_body.countTerms; ++t)
+  CBound& bound = m_bounds[i_body];
+  if (bound.isCurrent)
+    return bound;
+  const CBodyRow& body = m_bodies[i_body];
+  setLevers(body);
+  bound = CBound{true, 0.0, 0.0, INFINITE_SPEED, 0.0};
+  for (unsigned int t = body.firstTerm; t < body.firstTerm + body.countTerms; ++t)
   {
     const CMotion& motion = m_motions[m_terms[t].joint];
     bound.linear += motion.linear;
@@ -586,7 +634,91 @@ CorvDeviceTable::CBound CorvDeviceTable::boundOf(const CBodyRow& i_body) const
       bound.slopeAtZero += slopeAtZero(m_terms[t]);
   }
   bound.slopeAtZero = (bound.slopeAtZero + bound.linear) * DISPLACEMENT_SAFETY;
+  if (m_isStraight && body.countTerms > 0)
+    setSpeed(body, bound);
   return bound;
+}
+
+/// Sets the speed of the body's fastest point, and by how much the way may be longer than that for each square of the
+/// advance.
+///
+/// The joints' turns and translations are screws that act one after the other, the one at the tip first. Turning by an
+/// angle leaves the tangent by at most half its square times the lever, and turns what was moved before by at most the
+/// angle times its length.
+void CorvDeviceTable::setSpeed(const CBodyRow& i_body, CBound& io_bound) const
+{
+  const ClumVect3 place = m_frames[i_body.mover].translation();
+  ClumVect3 shift, turn;
+  double moved = 0.0, growth = 0.0, doubt = 0.0;
+  for (unsigned int t = i_body.firstTerm; t < i_body.firstTerm + i_body.countTerms; ++t)
+  {
+    const CTerm& term = m_terms[t];
+    const CMotion& motion = m_motions[term.joint];
+    if (!motion.isMoving)
+      continue;
+    if (m_joints[term.joint].kind == OTHER)
+      return;
+    const double height = term.isOwn ? 0.0 : place.norm() + m_frames[term.joint].translation().norm();
+    for (unsigned int i = motion.countTurns; i-- > 0;)
+    {
+      const double rate = motion.turns[i].rate;
+      growth += rate * (0.5 * rate * term.levers[i] + moved);
+      moved += rate * term.levers[i];
+      doubt += rate * height;
+    }
+    moved += motion.linear;
+    addVelocity(term, place, shift, turn);
+  }
+  const ClumMat4& home = m_frames[i_body.mover];
+  const double speed = largestSpeed(i_body, turnedBack(home, shift), turnedBack(home, turn));
+  io_bound.speed = (speed + LEVER_ROUNDING * (moved + doubt)) * DISPLACEMENT_SAFETY;
+  io_bound.growth = growth * DISPLACEMENT_SAFETY;
+}
+
+/// Adds what a joint does to a point that is fixed to the body and stands at a place, and to the body's turning.
+void CorvDeviceTable::addVelocity(const CTerm& i_term, const ClumVect3& i_place, ClumVect3& io_shift,
+                                  ClumVect3& io_turn) const
+{
+  const CJointRow& row = m_joints[i_term.joint];
+  const CMotion& motion = m_motions[i_term.joint];
+  const double* rates = m_rates.data() + row.firstDof;
+  if (row.kind == TRANSLATION)
+    io_shift += m_frames[i_term.joint].axis(static_cast<ClumMat4::EBaseVector>(row.axis)) * (row.sign * rates[0]);
+  const unsigned int countWays = row.kind == FREE ? 3 : row.kind == PLANE ? 2 : 0;
+  for (unsigned int i = 0; i < countWays; ++i)
+    io_shift += motion.ways[i] * rates[i];
+  ClumVect3 turn;
+  for (unsigned int i = 0; i < motion.countTurns; ++i)
+    turn += motion.axes[i] * (row.sign * rates[countWays + i]);
+  if (!i_term.isOwn)
+    io_shift += turn * (i_place - m_frames[i_term.joint].translation());
+  io_turn += turn;
+}
+
+/// The largest speed of a point of a body that moves by shift + turn x p in its mover's frame.
+double CorvDeviceTable::largestSpeed(const CBodyRow& i_body, const ClumVect3& i_shift, const ClumVect3& i_turn)
+{
+  double largest = 0.0;
+  for (const CPointGroup& group : i_body.groups)
+  {
+    const CPointPack* const begin = i_body.points.data() + group.first;
+    const double square = largestSquaredSpeed(begin, begin + group.count, i_shift, i_turn);
+    largest = std::max(largest, std::sqrt(square) + group.radius * i_turn.norm());
+  }
+  return largest;
+}
+
+double CorvDeviceTable::speedBound(const CBound& i_bound, double i_advance)
+{
+  return i_bound.speed < INFINITE_SPEED ? (i_bound.speed + i_bound.growth * i_advance) * i_advance : INFINITE_SPEED;
+}
+
+/// An advance at which that does not exceed an allowance, the longest there is but for rounding.
+double CorvDeviceTable::advanceAtSpeed(const CBound& i_bound, double i_allowance)
+{
+  const double root = std::sqrt(i_bound.speed * i_bound.speed + 4.0 * i_bound.growth * i_allowance);
+  const double advance = 2.0 * i_allowance / (i_bound.speed + root) * (1.0 - 1e-14);
+  return speedBound(i_bound, advance) <= i_allowance ? advance : 0.0;
 }
 
 double CorvDeviceTable::slopeAtZero(const CTerm& i_term) const
@@ -620,10 +752,9 @@ void CorvDeviceTable::setAdvance(double i_advance) const
     }
 }
 
-/// True if the bound rises with its slope at zero up to an advance, as far as that matters.
-bool CorvDeviceTable::areTurnsSmall(double i_advance) const
+bool CorvDeviceTable::areTurnsBelow(double i_angle, double i_advance) const
 {
-  return m_fastestTurn * i_advance <= SMALL_TURN;
+  return m_fastestTurn * i_advance <= i_angle;
 }
 
 /// The bound at the advance set last, and its slope there.
@@ -655,20 +786,22 @@ double CorvDeviceTable::displacement(const CBodyRow& i_body, const CBound& i_bou
   return sum * DISPLACEMENT_SAFETY;
 }
 
-/// The longest advance found, up to `i_longest`, at which the bound does not exceed an allowance. The bound is concave
-/// and 0 at 0, so Newton's steps from below never overshoot.
+/// The longest advance found, up to `i_longest`, at which one of the bounds does not exceed an allowance. The joints'
+/// own bound is concave and 0 at 0, so Newton's steps from below never overshoot.
 double CorvDeviceTable::bodyAdvance(double i_allowance, const CBodyRow& i_body, const CBound& i_bound,
                                     double i_longest) const
 {
-  if (i_bound.slopeAtZero * i_longest <= i_allowance)
+  if (i_bound.slopeAtZero * i_longest <= i_allowance || speedBound(i_bound, i_longest) <= i_allowance)
     return i_longest;
-  if (areTurnsSmall(i_longest))
-    return i_allowance / i_bound.slopeAtZero;
+  const double byJoints = std::min(i_longest, i_allowance / i_bound.slopeAtZero);
+  const double together = std::min(i_longest, advanceAtSpeed(i_bound, i_allowance));
+  if (areTurnsBelow(SMALL_TURN, i_longest) || (together > byJoints && areTurnsBelow(MODERATE_TURN, together)))
+    return std::max(byJoints, together);
   setAdvance(i_longest);
   double slope;
   if (displacement(i_body, i_bound, slope) <= i_allowance)
     return i_longest;
-  double advance = std::min(i_longest, i_allowance / i_bound.slopeAtZero);
+  double advance = byJoints;
   for (unsigned int step = 0; step < MAX_NEWTON_STEPS && advance > 0.0; ++step)
   {
     setAdvance(advance);
@@ -682,5 +815,5 @@ double CorvDeviceTable::bodyAdvance(double i_allowance, const CBodyRow& i_body, 
     if (gain < NEWTON_GAIN * advance)
       break;
   }
-  return advance;
+  return std::max(advance, together);
 }

@@ -24,14 +24,21 @@ public:
   void computeJointPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
   void computeBodyPositions(const double* i_values, std::vector<ClumMat4>& o_positions) const;
 
+  /// Motions that start at one configuration.
+  struct CStart
+  {
+    const double* values = nullptr;
+    const double* rates = nullptr; ///< finite; not below 0 but on a straight motion
+    bool isStraight = false;       ///< all dofs keep just these rates, and each its sign
+  };
+
   // The questions of `CorvMotionBound`. Each first makes sure that the table stands at the values and rates.
 
-  /// @param i_rates finite and not below 0. @return -1 if a body's own shape changes with dofs, or an effect tells no
-  /// velocity: no bound is known then.
-  lmStatus prepare(const double* i_values, const double* i_rates) const;
-  double advanceWithin(const double* i_values, const double* i_rates, const double* i_allowances, double i_rest) const;
-  double advance(const double* i_values, const double* i_rates, double* io_allowances, double i_rest) const;
-  void displacements(const double* i_values, const double* i_rates, double i_rest, double* o_moved) const;
+  /// @return -1 if a body's own shape changes with dofs, or an effect tells no velocity: no bound is known then.
+  lmStatus prepare(const CStart& i_start) const;
+  double advanceWithin(const CStart& i_start, const double* i_allowances, double i_rest) const;
+  double advance(const CStart& i_start, double* io_allowances, double i_rest) const;
+  void displacements(const CStart& i_start, double i_rest, double* o_moved) const;
 
 private:
   /// The kinds whose frames and displacements are computed here.
@@ -107,6 +114,7 @@ private:
     unsigned int countTurns;
     CTurn turns[3];
     ClumVect3 axes[3]; ///< of the turns, in the world, through the origin of the joint's frame
+    ClumVect3 ways[3]; ///< of the translations of a plane or free joint, in the world
     bool hasWhole;
     CTurn whole; ///< all its rotation as one, whose lever is the distance from the origin of the joint's frame
   };
@@ -123,11 +131,18 @@ private:
     double wholeLever;
   };
 
-  /// The bound B(s) of how far a body moves: linear·s and the terms of the joints that turn.
+  /// The bounds of how far a body moves in an advance s, of which the lesser holds.
+  ///
+  /// One is linear·s and the terms of the joints that turn: each joint by itself, in whatever direction. The other is
+  /// (speed + growth·s)·s, on straight motions: all joints together as they move at the start, and what that may
+  /// change.
   struct CBound
   {
+    bool isCurrent; ///< with the placing and the rates
     double linear;
     double slopeAtZero;
+    double speed; ///< infinite if nothing is known of it
+    double growth;
   };
 
   void addJoint(const CorvJoint& i_joint, int i_parent, const CorvConfigSpace& i_space);
@@ -139,7 +154,8 @@ private:
 
   double longestAdvance(const double* i_allowances, double i_rest) const;
   void place(const double* i_values) const;
-  static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, ClumVect3* o_axes);
+  void forgetBounds() const;
+  static void applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame, CMotion& io_motion);
   static lmStatus setRates(const CJointRow& i_row, const double* i_rates, CMotion& io_motion);
   void setLevers(const CBodyRow& i_body) const;
   void setTermLevers(const CBodyRow& i_body, CTerm& io_term) const;
@@ -149,10 +165,16 @@ private:
                              const ClumVect3& i_axis);
   static void measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
                             unsigned int i_first, unsigned int i_last, double i_height, CTerm& o_term);
-  CBound boundOf(const CBodyRow& i_body) const;
+  const CBound& boundOf(std::size_t i_body) const;
+  void setSpeed(const CBodyRow& i_body, CBound& io_bound) const;
+  void addVelocity(const CTerm& i_term, const ClumVect3& i_place, ClumVect3& io_shift, ClumVect3& io_turn) const;
+  static double largestSpeed(const CBodyRow& i_body, const ClumVect3& i_shift, const ClumVect3& i_turn);
+  static double speedBound(const CBound& i_bound, double i_advance);
+  static double advanceAtSpeed(const CBound& i_bound, double i_allowance);
   double slopeAtZero(const CTerm& i_term) const;
   void setAdvance(double i_advance) const;
-  bool areTurnsSmall(double i_advance) const;
+  /// True if no turn is larger than an angle in an advance.
+  bool areTurnsBelow(double i_angle, double i_advance) const;
   double displacement(const CBodyRow& i_body, const CBound& i_bound, double& o_slope) const;
   double bodyAdvance(double i_allowance, const CBodyRow& i_body, const CBound& i_bound, double i_longest) const;
 
@@ -166,6 +188,8 @@ private:
   mutable double m_fastestTurn = 0.0;   ///< the largest rate of any turn
   mutable std::vector<double> m_values; ///< of the configuration placed last
   mutable std::vector<double> m_rates;  ///< that the motions have
+  mutable std::vector<double> m_speeds; ///< their absolute values
+  mutable bool m_isStraight = false;    ///< the rates are those of a straight motion
   mutable std::vector<ClumMat4> m_frames;
   mutable std::vector<CMotion> m_motions;
   mutable std::vector<CTerm> m_terms;

@@ -189,6 +189,11 @@ void CorvDPComposite::maxAbsoluteDerivative(double i_from, double i_to, std::vec
   fillPassive(static_cast<unsigned int>(o_derivatives.size()));
 }
 
+bool CorvDPComposite::getStraightVelocity(std::vector<double>& o_velocity) const
+{
+  return isStraight() && orvGetStraightVelocity(privateStart(), privateEnd(), privateLength(), o_velocity);
+}
+
 void CorvDPComposite::fillChildDerivatives(const CorvDirectPath& i_child, unsigned int i_rank,
                                            std::vector<double>& io_derivatives) const
 {

@@ -77,6 +77,11 @@ void CorvDPLinear::maxAbsoluteDerivative(double, double, std::vector<double>& o_
   orvComputeStraightRates(privateStart(), privateEnd(), privateLength(), o_derivatives);
 }
 
+bool CorvDPLinear::getStraightVelocity(std::vector<double>& o_velocity) const
+{
+  return orvGetStraightVelocity(privateStart(), privateEnd(), privateLength(), o_velocity);
+}
+
 void CorvDPLinear::describe(const CorvPathVisitorShPtr& i_visitor) const
 {
   if (i_visitor)

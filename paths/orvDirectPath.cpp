@@ -323,6 +323,11 @@ bool CorvDirectPath::isOriented() const
   return m_steeringMethod->isOriented(m_start.space());
 }
 
+bool CorvDirectPath::getStraightVelocity(std::vector<double>&) const
+{
+  return false;
+}
+
 bool CorvDirectPath::isConservative() const
 {
   return m_steeringMethod->isConservative(m_start.space());

@@ -50,6 +50,15 @@ void orvInterpolateStraight(const CorvConfig& i_start, const CorvConfig& i_end, 
   orvWriteAllValues(io_cfg, values.data(), count);
 }
 
+namespace
+{
+double straightRate(const CorvConfigSpace& i_space, unsigned int i_rank, double i_start, double i_end, double i_length)
+{
+  const double way = orvWayOfDof(i_space, i_rank, i_start, i_end);
+  return way == 0.0 ? 0.0 : way / i_length;
+}
+} // namespace
+
 void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
                              std::vector<double>& o_rates)
 {
@@ -58,8 +67,21 @@ void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end,
   const double* end = i_end.beginPtr();
   o_rates.resize(i_start.size());
   for (unsigned int i = 0; i < o_rates.size(); ++i)
-  {
-    const double way = std::fabs(orvWayOfDof(space, i, start[i], end[i]));
-    o_rates[i] = way == 0.0 ? 0.0 : way / i_length;
-  }
+    o_rates[i] = std::fabs(straightRate(space, i, start[i], end[i], i_length));
+}
+
+bool orvGetStraightVelocity(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
+                            std::vector<double>& o_velocity)
+{
+  const CorvConfigSpace& space = *i_start.space();
+  const double* start = i_start.beginPtr();
+  const double* end = i_end.beginPtr();
+  const unsigned int count = i_start.size();
+  for (unsigned int i = 0; i < count; ++i)
+    if (start[i] != end[i] && space.isDofPassive(i))
+      return false;
+  o_velocity.resize(count);
+  for (unsigned int i = 0; i < count; ++i)
+    o_velocity[i] = straightRate(space, i, start[i], end[i], i_length);
+  return true;
 }

@@ -241,6 +241,10 @@ private:
   {
     if (!m_device)
       return false;
+    if (m_rates.empty())
+      m_isStraight = m_dp.getStraightVelocity(m_rates);
+    if (m_isStraight)
+      return m_motion.setStraight(*m_device, i_config, m_rates).succeeded();
     if (m_rates.empty() || !m_dp.hasConstantRates())
       m_dp.maxAbsoluteDerivative(m_dp.publicToPrivateDistance(i_from), m_dp.publicToPrivateDistance(i_to), m_rates);
     return m_motion.set(*m_device, i_config, m_rates).succeeded();
@@ -603,6 +607,7 @@ private:
   CorvConfig m_config;       ///< at the sample
   CorvMotionBound& m_motion; ///< from it
   bool m_isBound = false;    ///< the bound is known
+  bool m_isStraight = false; ///< the rates are the velocities of a straight motion
   CStand& m_stand;           ///< at it
   bool m_isClear = false;    ///< it has distances, all of them beyond the sag
   CStand& m_validStand;

@@ -268,8 +268,8 @@ private:
   void rebuildDeviceGroups();
   lmStatus firstRankIn(const CorvConfig& i_config, unsigned int& o_rank) const;
   bool hasUnboundedDof(const CorvConfig& i_config) const;
-  lmStatus readMotion(const CorvConfig& i_from, const std::vector<double>& i_derivatives, const double*& o_values,
-                      const double*& o_rates, ShPtr<const CorvDeviceTable>& io_table) const;
+  lmStatus readMotion(const CorvConfig& i_from, const std::vector<double>& i_rates, bool i_isStraight,
+                      const double*& o_values, const double*& o_rates, ShPtr<const CorvDeviceTable>& io_table) const;
 
   CorvCSCompositeShPtr m_configSpace;
   mutable CorvCSDeviceWrapperWkPtr m_wrapperSpace;

@@ -21,6 +21,10 @@ public:
   /// @return -1, and nothing may be asked then, if sizes or spaces do not fit, a rate is negative or not finite, or no
   /// bound is known: a dof is computed by a constraint and not constant, or a body's shape changes with dofs.
   lmStatus set(const CorvDevice& i_device, const CorvConfig& i_from, const std::vector<double>& i_derivatives);
+  /// The same for a motion on which every dof keeps its velocity, forth or back: how all joints move together bounds it
+  /// better than what each may do by itself.
+  /// @param i_velocity one number per dof of that space, of either sign.
+  lmStatus setStraight(const CorvDevice& i_device, const CorvConfig& i_from, const std::vector<double>& i_velocity);
 
   /// How far one can go, up to `i_rest`, before some body has moved by more than it may.
   /// @param i_allowances one per body, not NaN; infinite ones do not limit.
@@ -35,4 +39,5 @@ private:
   ShPtr<const CorvDeviceTable> m_table;
   const double* m_values = nullptr;
   const double* m_rates = nullptr;
+  bool m_isStraight = false;
 };

@@ -33,6 +33,7 @@ public:
   /// Describes the part of each child that lies in the window, as it is run through.
   void describe(const CorvPathVisitorShPtr& i_visitor) const override;
   void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
+  bool getStraightVelocity(std::vector<double>& o_velocity) const override;
   lmStatus convert(const CorvConfigSpaceShPtr& i_space) override;
 
   void encodeWithCoder(const ClumCoderShPtr& i_coder) const override;

@@ -23,6 +23,7 @@ public:
   void describe(const CorvPathVisitorShPtr& i_visitor) const override;
   /// The constant rates of all dofs, passive ones at their average; infinite where a dof moves and the length is 0.
   void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const override;
+  bool getStraightVelocity(std::vector<double>& o_velocity) const override;
 
 protected:
   CorvDPLinear();

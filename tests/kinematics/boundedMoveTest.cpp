@@ -21,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -402,6 +403,80 @@ TEST_F(BoundedMove, OneBoundAnswersSeveralQuestionsWhateverIsAskedBetween)
     ASSERT_TRUE(m_device->boundDisplacements(configs[0], 0.7, rates[0], ignored).succeeded());
     EXPECT_EQ(bounds[0].advanceWithin(std::vector<double>(bounds[0].countBodies(), 0.3).data(), 0.7), before);
   }
+}
+
+TEST_F(BoundedMove, StraightMotionsAreBoundedByHowTheJointsMoveTogether)
+{
+  const std::vector<std::vector<int>> trees = {
+    {5},    {0, 0, 0, 0, 0, 0}, {1, 0, 1, 0}, {4, 0, 3}, {3, 3},      {2, 1, 2},
+    {0, 7}, {5, 3, 1, 0, 4},    {1, 1, 1},    {4},       {0, 6, 5, 0}};
+  double sumOfGains = 0.0;
+  unsigned int countGains = 0;
+  for (unsigned int trial = 0; trial < 330; ++trial)
+  {
+    const std::vector<int>& tree = trees[trial % trees.size()];
+    makeDevice(tree);
+    // Of a client's own effect no more is known than how fast it may move.
+    const bool isKnown = std::find(tree.begin(), tree.end(), 6) == tree.end();
+    const std::vector<double> from = randomValues(), rates = randomRates();
+    std::vector<double> velocity = rates;
+    for (double& number : velocity)
+      number = draw(-1.0, 1.0) < 0.0 ? -number : number;
+    const auto at = [&](double i_s)
+    {
+      std::vector<double> values = from;
+      for (std::size_t k = 0; k < values.size(); ++k)
+        values[k] += velocity[k] * i_s;
+      return values;
+    };
+    const CorvConfig config = configAt(from);
+    const std::vector<ClumMat4> framesFrom = bodyFrames(from);
+    CorvMotionBound straight, any;
+    ASSERT_TRUE(straight.setStraight(*m_device, config, velocity).succeeded());
+    ASSERT_TRUE(any.set(*m_device, config, rates).succeeded());
+    for (const double rest : {1e-7, 1e-2, 0.3, 4.0})
+    {
+      std::vector<double> bounds(framesFrom.size()), anyBounds(bounds.size());
+      straight.displacements(rest, bounds.data());
+      any.displacements(rest, anyBounds.data());
+      std::vector<double> allowances, left;
+      for (std::size_t b = 0; b < bounds.size(); ++b)
+      {
+        EXPECT_LE(bounds[b], anyBounds[b] * 1.02);
+        allowances.push_back(draw(0.0, 1.0) < 0.15 ? INFINITE : draw(0.0, 1.0) * bounds[b]);
+      }
+      left = allowances;
+      const double advance = straight.advance(left.data(), rest);
+      EXPECT_EQ(straight.advanceWithin(allowances.data(), rest), advance);
+      EXPECT_GE(advance, any.advanceWithin(allowances.data(), rest) * 0.98);
+      // Forth and back.
+      for (int i = -32; i <= 32; ++i)
+      {
+        const std::vector<double> whole = displacements(framesFrom, at(rest * i / 32.0));
+        const std::vector<double> moved = displacements(framesFrom, at(advance * i / 32.0));
+        for (std::size_t b = 0; b < bounds.size(); ++b)
+        {
+          ASSERT_LE(whole[b], bounds[b] + 1e-13) << "trial " << trial << " body " << b << " rest " << rest;
+          ASSERT_LE(moved[b], allowances[b] + 1e-13) << "trial " << trial << " body " << b << " rest " << rest;
+          if (!std::isinf(allowances[b]))
+          {
+            ASSERT_LE(moved[b], allowances[b] - left[b] + 1e-13);
+          }
+        }
+      }
+      const std::vector<double> moved = displacements(framesFrom, at(rest));
+      for (std::size_t b = 0; b < bounds.size() && isKnown && rest == 1e-7; ++b)
+      {
+        if (moved[b] > 1e-3 * rest)
+        {
+          EXPECT_LE(bounds[b], moved[b] * (1.0 + 1e-5)) << "trial " << trial << " body " << b;
+          sumOfGains += anyBounds[b] / bounds[b];
+          ++countGains;
+        }
+      }
+    }
+  }
+  EXPECT_GT(sumOfGains / countGains, 1.3);
 }
 
 TEST_F(BoundedMove, IsExactWhereOneJointMovesOneBody)
