@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <cstdint>
 #include <numeric>
 #include <tuple>
 
@@ -50,30 +50,41 @@ struct CSolidEdge
 {
   unsigned int low;
   unsigned int high;
+  std::uint32_t triangle;
   bool isForward; ///< from low to high
-  std::size_t triangle;
-  bool operator<(const CSolidEdge& i_other) const
-  {
-    return std::tie(low, high, triangle) < std::tie(i_other.low, i_other.high, i_other.triangle);
-  }
 };
 
-std::vector<CSolidEdge> sortedSolidEdges(const ClumSweptTriangles& i_shape)
+/// Calls back with every edge of the triangles, then of the seams.
+template <class CALL>
+void forEachSolidEdge(const ClumSweptTriangles& i_shape, const std::vector<unsigned int>& i_welded, CALL i_call)
 {
-  const std::vector<unsigned int> welded = weldedRanks(i_shape.vertices);
-  std::vector<CSolidEdge> edges;
   const std::size_t count = i_shape.triangles.size();
   for (std::size_t i = 0; i < count + i_shape.seams.size(); ++i)
   {
     const ClumSweptTriangles::TTriangle& t = i < count ? i_shape.triangles[i] : i_shape.seams[i - count];
     for (unsigned int k = 0; k < 3; ++k)
     {
-      const unsigned int from = welded[t[k]], to = welded[t[(k + 1) % 3]];
+      const unsigned int from = i_welded[t[k]], to = i_welded[t[(k + 1) % 3]];
       if (from != to)
-        edges.push_back({std::min(from, to), std::max(from, to), from < to, i});
+        i_call(CSolidEdge{std::min(from, to), std::max(from, to), static_cast<std::uint32_t>(i), from < to});
     }
   }
-  std::sort(edges.begin(), edges.end());
+}
+
+/// The edges by their vertices: few leave from a vertex, so they are dealt out by the first before they are sorted.
+std::vector<CSolidEdge> sortedSolidEdges(const ClumSweptTriangles& i_shape)
+{
+  const std::vector<unsigned int> welded = weldedRanks(i_shape.vertices);
+  std::vector<std::uint32_t> ends(i_shape.vertices.size() + 1, 0);
+  forEachSolidEdge(i_shape, welded, [&](const CSolidEdge& edge) { ++ends[edge.low + 1]; });
+  std::partial_sum(ends.begin(), ends.end(), ends.begin());
+  std::vector<CSolidEdge> edges(ends.back());
+  forEachSolidEdge(i_shape, welded, [&](const CSolidEdge& edge) { edges[ends[edge.low]++] = edge; });
+  std::uint32_t begin = 0;
+  for (std::size_t vertex = 0; vertex + 1 < ends.size(); begin = ends[vertex++])
+    std::sort(edges.begin() + begin, edges.begin() + ends[vertex],
+              [](const CSolidEdge& a, const CSolidEdge& b)
+              { return a.high < b.high || (a.high == b.high && a.triangle < b.triangle); });
   return edges;
 }
 
@@ -87,6 +98,8 @@ void solidCorners(const ClumSweptTriangles& i_shape, std::size_t i_triangle, Clu
 ClumSolids::ClumSolids(const ClumSweptTriangles& i_shape)
 {
   findParts(i_shape);
+  for (CPart& part : m_parts)
+    part.isSealed = part.isClosed;
   if (i_shape.solidity != ClumSweptTriangles::SOLID_IF_CLOSED)
     for (CPart& part : m_parts)
       part.isClosed = i_shape.solidity == ClumSweptTriangles::SOLID;
@@ -114,17 +127,19 @@ void ClumSolids::findParts(const ClumSweptTriangles& i_shape)
       sets.join(edges[i - 1].triangle, edges[i].triangle);
 
   // Parts are numbered by their first triangle; a set of seams alone is no part.
-  std::map<std::size_t, std::size_t> rankOfLeader;
+  constexpr std::size_t NO_PART = ~std::size_t(0);
+  std::vector<std::size_t> rankOfLeader(countTriangles + i_shape.seams.size(), NO_PART);
   m_partOfTriangle.resize(countTriangles);
   for (std::size_t i = 0; i < countTriangles; ++i)
   {
-    const auto [entry, isNew] = rankOfLeader.emplace(sets.leader(i), m_parts.size());
-    if (isNew)
+    std::size_t& rank = rankOfLeader[sets.leader(i)];
+    if (rank == NO_PART)
     {
+      rank = m_parts.size();
       m_parts.emplace_back();
       m_parts.back().vertex = i_shape.triangles[i][0];
     }
-    m_partOfTriangle[i] = entry->second;
+    m_partOfTriangle[i] = rank;
   }
 
   for (std::size_t begin = 0, end; begin < edges.size(); begin = end)
@@ -132,10 +147,10 @@ void ClumSolids::findParts(const ClumSweptTriangles& i_shape)
     int balance = 0;
     for (end = begin; end < edges.size() && isSame(edges[begin], edges[end]); ++end)
       balance += edges[end].isForward ? 1 : -1;
-    const auto found = rankOfLeader.find(sets.leader(edges[begin].triangle));
-    if (found == rankOfLeader.end())
+    const std::size_t rank = rankOfLeader[sets.leader(edges[begin].triangle)];
+    if (rank == NO_PART)
       continue;
-    CPart& part = m_parts[found->second];
+    CPart& part = m_parts[rank];
     part.isClosed = part.isClosed && (end - begin) % 2 == 0;
     part.isOriented = part.isOriented && balance == 0;
   }

@@ -15,7 +15,8 @@ class LUM_API ClumSolids
 public:
   struct CPart
   {
-    bool isClosed = true;
+    bool isClosed = true;    ///< bounds a volume, as found or as told
+    bool isSealed = true;    ///< as found
     bool isOriented = true;  ///< every edge is run through as often forward as backward
     int sign = 1;            ///< -1 if the triangles are to be taken as turned inside out
     unsigned int vertex = 0; ///< one of its vertices
