@@ -110,9 +110,11 @@ struct TQuad
 {
   __m128 lanes;
 
+  TQuad() = default;
   TQuad(__m128 i_lanes) : lanes(i_lanes) {}
   explicit TQuad(float v) : lanes(_mm_set1_ps(v)) {}
   explicit TQuad(const float* v) : lanes(_mm_load_ps(v)) {}
+  TQuad(float x, float y, float z) : lanes(_mm_setr_ps(x, y, z, 0.0f)) {}
 };
 inline TQuad operator+(const TQuad& a, const TQuad& b)
 {

@@ -65,27 +65,23 @@ struct CProximityMove
 {
   double rotation[9];
   double translation[3];
-  alignas(16) float columns[3][4];
-  alignas(16) float shift[4];
+  TQuad columns[3];
+  TQuad shift;
 
-  void set()
+  LUM_PROXIMITY_INLINE void set(const TQuad& i_x, const TQuad& i_y, const TQuad& i_z)
   {
-    for (int c = 0; c < 3; ++c)
-    {
-      for (int r = 0; r < 3; ++r)
-        columns[c][r] = static_cast<float>(rotation[3 * r + c]);
-      columns[c][3] = 0.0f;
-      shift[c] = static_cast<float>(translation[c]);
-    }
-    shift[3] = 0.0f;
+    columns[0] = i_x;
+    columns[1] = i_y;
+    columns[2] = i_z;
+    shift =
+      TQuad(static_cast<float>(translation[0]), static_cast<float>(translation[1]), static_cast<float>(translation[2]));
   }
 
   LUM_PROXIMITY_INLINE TQuad turned(const float i_vector[3]) const
   {
-    return (TQuad(columns[0]) * TQuad(i_vector[0]) + TQuad(columns[1]) * TQuad(i_vector[1])) +
-           TQuad(columns[2]) * TQuad(i_vector[2]);
+    return (columns[0] * TQuad(i_vector[0]) + columns[1] * TQuad(i_vector[1])) + columns[2] * TQuad(i_vector[2]);
   }
-  LUM_PROXIMITY_INLINE TQuad moved(const float i_point[3]) const { return turned(i_point) + TQuad(shift); }
+  LUM_PROXIMITY_INLINE TQuad moved(const float i_point[3]) const { return turned(i_point) + shift; }
   LUM_PROXIMITY_INLINE CPlacedBox placed(const CProximityBox& i_box) const
   {
     return {moved(i_box.center), {turned(i_box.axes[0]), turned(i_box.axes[1]), turned(i_box.axes[2])}, i_box};
@@ -167,6 +163,17 @@ LUM_PROXIMITY_INLINE TFloats distanceKeys(const CProximityNode& i_node, const CP
 LUM_PROXIMITY_INLINE TFloats contactKeys(const CProximityNode& i_node, const CPlacedBox& i_box)
 {
   return CBoxGaps(i_node, i_box).largest();
+}
+
+/// Whether one of eight balls overlaps another one.
+/// @param i_radius of that, less what rounding may take of the distances.
+LUM_PROXIMITY_INLINE bool doOverlap(const CProximityBalls& i_balls, const TWideVectors& i_center,
+                                    const TFloats& i_radius)
+{
+  const TWideVectors centers = {TFloats(i_balls.center[0]), TFloats(i_balls.center[1]), TFloats(i_balls.center[2])};
+  const TWideVectors d = centers - i_center;
+  const TFloats reach = larger(TFloats(i_balls.radius) + i_radius, TFloats(0.0f));
+  return lanesBelow(dot(d, d), reach * reach) != 0;
 }
 
 /// The squares of lower bounds of the distances of eight points from a triangle of a placed packet: of the height, and

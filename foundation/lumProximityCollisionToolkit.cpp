@@ -68,13 +68,13 @@ bool ClumProximityCollisionToolkit::doAreTouching(const ClumCollisionModel& i_a,
                                                   ClumTrianglePair* io_pair) const
 {
   CProximityPair pair(i_a, i_poseA, i_b, i_poseB);
-  if (pair.ballGap() > pair.slack() || pair.boxGap() > pair.slack())
+  if (pair.isApart())
     return false;
   if (io_pair)
     pair.hint(io_pair->a, io_pair->b);
   const CProximityAnswer answer = pair.searchContact();
   const bool isMeeting = answer.best <= pair.reach();
-  if (isMeeting && io_pair)
+  if (io_pair && answer.placeA != PROXIMITY_NONE && isMeeting)
     *io_pair = {pair.a().triangleAt(answer.placeA), pair.b().triangleAt(answer.placeB)};
   return isMeeting || pair.isNested();
 }

@@ -25,6 +25,20 @@ struct alignas(32) CProximityNode
   std::uint32_t countBoxes;
 };
 
+/// A ball of which every point belongs to the shape. Where there is none, the radius is negative.
+struct alignas(16) CProximityBall
+{
+  float center[3];
+  float radius;
+};
+
+/// The balls of a node's boxes, number by number.
+struct alignas(32) CProximityBalls
+{
+  float center[3][8];
+  float radius[8];
+};
+
 /// Four triangles. Where there are fewer, the first is repeated.
 struct alignas(32) CProximityPacket
 {
@@ -35,6 +49,8 @@ struct alignas(32) CProximityPacket
 
 /// Larger than all that is compared in single precision.
 constexpr float PROXIMITY_LARGEST = 3.4e38f;
+/// The radius of a ball that is none.
+constexpr float PROXIMITY_NO_BALL = -1e30f;
 
 /// A child is a node, or a leaf of one to four adjacent triangles in a packet. A triangle's place is 4 times the
 /// packet's rank plus its number there.
@@ -54,6 +70,10 @@ struct CProximityTree
   const CProximityNode* nodes;
   const CProximityBox* boxes; ///< those of each node one after the other
   const CProximityPacket* packets;
+  const CProximityBalls* nodeBalls; ///< of the first nodes
+  const CProximityBall* balls;      ///< of the first boxes, the same ones
+  std::uint32_t countNodeBalls;
+  std::uint32_t countBalls;
   double radius; ///< of the ball around the origin that holds all triangles
 };
 
@@ -68,6 +88,7 @@ struct CProximityQuery
   CProximityTree b;
   double rotation[9];    ///< from b to a, row by row
   double translation[3]; ///< of b in the coordinates of a
+  double size;           ///< the two radii and the length of the translation
   double cap;            ///< no pair beyond it is of interest
   double share;          ///< 1 less the relative accuracy
   double sweep;          ///< by which the true distance is shorter
@@ -80,7 +101,7 @@ struct CProximityQuery
 
 struct CProximityAnswer
 {
-  double best;  ///< the shortest distance found, or infinity
+  double best;  ///< the shortest distance found, or infinity; 0 without a place where two balls overlap
   double lower; ///< no pair of triangles is nearer
   std::uint32_t placeA;
   std::uint32_t placeB;

@@ -1,6 +1,7 @@
 #include "foundation/lumProximityModel.h"
 
 #include "foundation/lumLeafGeometry.h"
+#include "foundation/lumProximityBalls.h"
 #include "foundation/lumProximityTree.h"
 #include "foundation/lumSolids.h"
 
@@ -98,8 +99,13 @@ CProximityModel::CProximityModel(const ClumSweptTriangles& i_shape) : ClumCollis
   m_sweep = i_shape.radius;
   m_excess = i_shape.excess;
   findBounds(i_shape);
-  buildTree(i_shape);
+  const std::uint32_t countNodeBalls = buildTree(i_shape);
   findParts(i_shape);
+  lumFindProximityBalls(*this, countNodeBalls, m_nodeBalls, m_balls);
+  m_tree.nodeBalls = m_nodeBalls.data();
+  m_tree.balls = m_balls.data();
+  m_tree.countNodeBalls = static_cast<std::uint32_t>(m_nodeBalls.size());
+  m_tree.countBalls = static_cast<std::uint32_t>(m_balls.size());
 }
 
 void CProximityModel::findBounds(const ClumSweptTriangles& i_shape)
@@ -131,7 +137,7 @@ void CProximityModel::findBounds(const ClumSweptTriangles& i_shape)
   m_radius = m_tree.radius + m_sweep;
 }
 
-void CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
+std::uint32_t CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
 {
   const ClumVect3 center = m_center.toVect3();
   std::vector<ClumVect3> corners;
@@ -139,10 +145,11 @@ void CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
   for (const ClumSweptTriangles::TTriangle& triangle : i_shape.triangles)
     for (const unsigned int vertex : triangle)
       corners.push_back(i_shape.vertices[vertex].toVect3() - center);
-  lumBuildProximityTree(corners, m_nodes, m_boxes, m_packets, m_places);
+  const std::uint32_t countLargeNodes = lumBuildProximityTree(corners, m_nodes, m_boxes, m_packets, m_places);
   m_tree.nodes = m_nodes.data();
   m_tree.boxes = m_boxes.data();
   m_tree.packets = m_packets.data();
+  return countLargeNodes;
 }
 
 void CProximityModel::findParts(const ClumSweptTriangles& i_shape)
@@ -169,6 +176,7 @@ void CProximityModel::findParts(const ClumSweptTriangles& i_shape)
     }
   for (std::size_t i = 0; i < m_parts.size(); ++i)
   {
+    m_areSolidsSealed = m_areSolidsSealed && (!m_parts[i].isClosed || solids.parts()[i].isSealed);
     if (m_parts[i].isClosed)
       m_solidSize =
         std::max(m_solidSize, std::min(2.0 * m_parts[i].reach, (highs[i] - lows[i]).norm()) * MODEL_RADIUS_SLACK);
@@ -253,7 +261,8 @@ double CProximityModel::support(const ClumVect3& i_direction) const
 
 std::size_t CProximityModel::countBytes() const
 {
-  return sizeof *this + m_nodes.capacity() * sizeof(CProximityNode) + m_boxes.capacity() * sizeof(CProximityBox) +
+  return sizeof *this + m_nodeBalls.capacity() * sizeof(CProximityBalls) + m_balls.capacity() * sizeof(CProximityBall) +
+         m_nodes.capacity() * sizeof(CProximityNode) + m_boxes.capacity() * sizeof(CProximityBox) +
          m_packets.capacity() * sizeof(CProximityPacket) + m_places.capacity() * sizeof(std::uint32_t) +
          m_partOfTriangle.capacity() * sizeof(std::uint32_t) + m_parts.capacity() * (sizeof(CPart) + 3 * sizeof(float));
 }

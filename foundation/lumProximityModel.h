@@ -42,9 +42,32 @@ public:
   unsigned int triangleAt(std::uint32_t i_place) const { return m_packets[i_place >> 2].id[i_place & 3u]; }
   void corners(std::uint32_t i_place, ClumVect3 o_corners[3]) const;
   const std::vector<CPart>& parts() const { return m_parts; }
+  /// Of a triangle.
+  const CPart& partAt(std::uint32_t i_place) const
+  {
+    return m_parts[m_partOfTriangle.empty() ? 0 : m_partOfTriangle[triangleAt(i_place)]];
+  }
   /// No two points of a closed part are farther apart.
   double solidSize() const { return m_solidSize; }
   bool hasSolid() const { return m_solidSize > 0.0; }
+  /// False if a part counts as closed that has a gap: where it ends is not told by its triangles then.
+  bool areSolidsSealed() const { return m_areSolidsSealed; }
+  /// True if a part of this model lies inside a closed part of the other, given that the surfaces are apart.
+  /// @param i_center of the other, in this model's coordinates.
+  /// @param i_move takes a point of this model to the other's coordinates.
+  template <class MOVE>
+  bool hasPartInside(const CProximityModel& i_other, const ClumVect3& i_center, MOVE i_move) const
+  {
+    const auto isPartInside = [&](const CPart& i_part)
+    { return i_part.reach <= i_other.m_solidSize && i_other.isInside(i_move(i_part.point)); };
+    if (m_parts.size() == 1)
+      return isPartInside(m_parts[0]);
+    const CNearBall ball = nearBall(i_center, i_other.m_tree.radius);
+    for (std::size_t i = 0; (i = nextPartNear(ball, i)) < m_parts.size(); ++i)
+      if (isPartInside(m_parts[i]))
+        return true;
+    return false;
+  }
   /// In single precision, with room for its rounding.
   struct CNearBall
   {
@@ -64,12 +87,15 @@ public:
 private:
   explicit CProximityModel(const ClumSweptTriangles& i_shape);
   void findBounds(const ClumSweptTriangles& i_shape);
-  void buildTree(const ClumSweptTriangles& i_shape);
+  /// @return how many nodes have large parts under them: they come first.
+  std::uint32_t buildTree(const ClumSweptTriangles& i_shape);
   void findParts(const ClumSweptTriangles& i_shape);
 
   std::vector<CProximityNode> m_nodes;
   std::vector<CProximityBox> m_boxes;
   std::vector<CProximityPacket> m_packets;
+  std::vector<CProximityBalls> m_nodeBalls;
+  std::vector<CProximityBall> m_balls;
   std::vector<std::uint32_t> m_places;         ///< of the triangles
   std::vector<std::uint32_t> m_partOfTriangle; ///< empty if there is one part
   std::vector<CPart> m_parts;
@@ -80,6 +106,7 @@ private:
   double m_sweep = 0.0;
   double m_excess = 0.0;
   double m_solidSize = 0.0;
+  bool m_areSolidsSealed = true;
 };
 
 /// The kernels that this machine can run, the fastest last.

@@ -39,8 +39,8 @@ double sumOfCoordinates(const ClumVect3& i_vector)
 /// A box in single precision has axes that are orthonormal to so much.
 constexpr double PROXIMITY_AXES_SHARE = 1.0 + 1e-6;
 
-/// A lower bound of the distance of a point from the box around all triangles of a model.
-double distanceFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
+/// The square of the distance of a point from the box around all triangles of a model, as its axes measure it.
+double squareFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
 {
   const CProximityBox& box = *i_tree.boxes;
   const double x = i_point.x() - box.center[0], y = i_point.y() - box.center[1], z = i_point.z() - box.center[2];
@@ -50,7 +50,20 @@ double distanceFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
     const double gap = std::fabs(x * axis[0] + y * axis[1] + z * axis[2]) - axis[3];
     square += gap > 0.0 ? gap * gap : 0.0;
   }
-  return std::sqrt(square) / PROXIMITY_AXES_SHARE;
+  return square;
+}
+
+/// A lower bound of that distance.
+double distanceFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
+{
+  return std::sqrt(squareFromBox(i_tree, i_point)) / PROXIMITY_AXES_SHARE;
+}
+
+/// Whether that bound is more than a limit.
+bool isBeyondBox(const CProximityTree& i_tree, const ClumVect3& i_point, double i_limit)
+{
+  const double limit = i_limit * PROXIMITY_AXES_SHARE;
+  return squareFromBox(i_tree, i_point) > limit * limit;
 }
 
 bool arePairCornersPierced(const double i_row[9], const double i_lane[9])
@@ -71,6 +84,8 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   : m_a(static_cast<const CProximityModel&>(i_a)), m_b(static_cast<const CProximityModel&>(i_b)), m_poseA(i_poseA),
     m_sweep(m_a.sweep() + m_b.sweep())
 {
+  m_query.a = m_a.tree();
+  m_query.b = m_b.tree();
   for (unsigned int r = 0; r < 3; ++r)
     for (unsigned int c = 0; c < 3; ++c)
       m_query.rotation[3 * r + c] =
@@ -83,8 +98,6 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   m_slack = PROXIMITY_SIZE_SLACK * (m_a.radius() + m_b.radius() + m_length) +
             PROXIMITY_POSE_SLACK * ((sumOfCoordinates(placeA) + sumOfCoordinates(placeB)) +
                                     (sumOfCoordinates(turnedA) + sumOfCoordinates(turnedB)));
-  m_query.a = m_a.tree();
-  m_query.b = m_b.tree();
   m_query.sweep = m_sweep;
   m_query.hintA = m_query.hintB = PROXIMITY_NONE;
   m_query.isPierced = &arePairCornersPierced;
@@ -97,42 +110,12 @@ double CProximityPair::boxGap() const
                   distanceFromBox(m_query.b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
 }
 
-ClumVect3 CProximityPair::translation() const
-{
-  return ClumVect3(m_query.translation[0], m_query.translation[1], m_query.translation[2]);
-}
-
-ClumVect3 CProximityPair::toA(const ClumVect3& i_point) const
-{
-  return turnToA(i_point) + translation();
-}
-
-ClumVect3 CProximityPair::toB(const ClumVect3& i_point) const
-{
-  return turnToB(i_point - translation());
-}
-
-ClumVect3 CProximityPair::turnToA(const ClumVect3& i_vector) const
-{
-  const double* r = m_query.rotation;
-  return ClumVect3(r[0] * i_vector.x() + r[1] * i_vector.y() + r[2] * i_vector.z(),
-                   r[3] * i_vector.x() + r[4] * i_vector.y() + r[5] * i_vector.z(),
-                   r[6] * i_vector.x() + r[7] * i_vector.y() + r[8] * i_vector.z());
-}
-
-ClumVect3 CProximityPair::turnToB(const ClumVect3& i_vector) const
-{
-  const double* r = m_query.rotation;
-  return ClumVect3(r[0] * i_vector.x() + r[3] * i_vector.y() + r[6] * i_vector.z(),
-                   r[1] * i_vector.x() + r[4] * i_vector.y() + r[7] * i_vector.z(),
-                   r[2] * i_vector.x() + r[5] * i_vector.y() + r[8] * i_vector.z());
-}
-
 void CProximityPair::moveTo(const ClumVect3& i_translation)
 {
   for (unsigned int k = 0; k < 3; ++k)
     m_query.translation[k] = i_translation[k];
   m_length = i_translation.norm();
+  m_query.size = m_query.a.radius + m_query.b.radius + m_length;
 }
 
 void CProximityPair::hint(unsigned int i_triangleA, unsigned int i_triangleB)
@@ -180,7 +163,13 @@ bool CProximityPair::isFar() const
 
 bool CProximityPair::areTouching()
 {
-  return ballGap() <= m_slack && boxGap() <= m_slack && (searchContact().best <= reach() || isNested());
+  return !isApart() && (searchContact().best <= reach() || isNested());
+}
+
+bool CProximityPair::isApart() const
+{
+  return ballGap() > m_slack || isBeyondBox(m_query.a, translation(), m_b.radius() + m_a.sweep() + m_slack) ||
+         isBeyondBox(m_query.b, toB(ClumVect3()), m_a.radius() + m_b.sweep() + m_slack);
 }
 
 bool CProximityPair::isNested() const
@@ -192,22 +181,12 @@ bool CProximityPair::isNested() const
 
 bool CProximityPair::isSecondInFirst() const
 {
-  const CProximityModel::CNearBall ball = m_b.nearBall(toB(ClumVect3()), m_a.tree().radius);
-  const std::vector<CProximityModel::CPart>& parts = m_b.parts();
-  for (std::size_t i = 0; (i = m_b.nextPartNear(ball, i)) < parts.size(); ++i)
-    if (parts[i].reach <= m_a.solidSize() && m_a.isInside(toA(parts[i].point)))
-      return true;
-  return false;
+  return m_b.hasPartInside(m_a, toB(ClumVect3()), [this](const ClumVect3& i_point) { return toA(i_point); });
 }
 
 bool CProximityPair::isFirstInSecond() const
 {
-  const CProximityModel::CNearBall ball = m_a.nearBall(translation(), m_b.tree().radius);
-  const std::vector<CProximityModel::CPart>& parts = m_a.parts();
-  for (std::size_t i = 0; (i = m_a.nextPartNear(ball, i)) < parts.size(); ++i)
-    if (parts[i].reach <= m_b.solidSize() && m_b.isInside(toB(parts[i].point)))
-      return true;
-  return false;
+  return m_a.hasPartInside(m_b, translation(), [this](const ClumVect3& i_point) { return toB(i_point); });
 }
 
 void CProximityPair::writeTriangles(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const

@@ -28,12 +28,29 @@ public:
   double ballGap() const { return m_length - m_a.radius() - m_b.radius(); }
   /// One from the enclosing ball of either and the box around the other, which is better for long shapes.
   double boxGap() const;
+  /// Whether one of these proves that nothing touches.
+  bool isApart() const;
   /// Of the second, in the coordinates of the first.
-  ClumVect3 translation() const;
-  ClumVect3 toA(const ClumVect3& i_point) const;
-  ClumVect3 toB(const ClumVect3& i_point) const;
-  ClumVect3 turnToA(const ClumVect3& i_vector) const;
-  ClumVect3 turnToB(const ClumVect3& i_vector) const;
+  ClumVect3 translation() const
+  {
+    return ClumVect3(m_query.translation[0], m_query.translation[1], m_query.translation[2]);
+  }
+  ClumVect3 toA(const ClumVect3& i_point) const { return turnToA(i_point) + translation(); }
+  ClumVect3 toB(const ClumVect3& i_point) const { return turnToB(i_point - translation()); }
+  ClumVect3 turnToA(const ClumVect3& i_vector) const
+  {
+    const double* r = m_query.rotation;
+    return ClumVect3(r[0] * i_vector.x() + r[1] * i_vector.y() + r[2] * i_vector.z(),
+                     r[3] * i_vector.x() + r[4] * i_vector.y() + r[5] * i_vector.z(),
+                     r[6] * i_vector.x() + r[7] * i_vector.y() + r[8] * i_vector.z());
+  }
+  ClumVect3 turnToB(const ClumVect3& i_vector) const
+  {
+    const double* r = m_query.rotation;
+    return ClumVect3(r[0] * i_vector.x() + r[3] * i_vector.y() + r[6] * i_vector.z(),
+                     r[1] * i_vector.x() + r[4] * i_vector.y() + r[7] * i_vector.z(),
+                     r[2] * i_vector.x() + r[5] * i_vector.y() + r[8] * i_vector.z());
+  }
 
   /// Moves the second, in the coordinates of the first.
   void moveTo(const ClumVect3& i_translation);

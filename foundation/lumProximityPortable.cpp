@@ -163,6 +163,7 @@ struct TQuad
     for (float& lane : lanes)
       lane = v;
   }
+  TQuad(float x, float y, float z) : lanes{x, y, z, 0.0f} {}
   explicit TQuad(const float* v)
   {
     for (int k = 0; k < 4; ++k)

@@ -56,27 +56,28 @@ public:
     : m_query(i_query), m_bound(i_query.cap), m_best(PROXIMITY_FAR), m_bestSquare(PROXIMITY_FAR)
   {
     const double* t = i_query.translation;
-    const double size = i_query.a.radius + i_query.b.radius + __builtin_sqrt((t[0] * t[0] + t[1] * t[1]) + t[2] * t[2]);
-    m_slack = PROXIMITY_BOX_SLACK * size;
-    m_sureGap = PROXIMITY_SURE_GAP * size;
-    m_sureSlab = PROXIMITY_SURE_SLAB * size * size;
-    m_sureVolume = PROXIMITY_SURE_VOLUME * size;
-    m_leastEdge = PROXIMITY_LEAST_EDGE * size;
+    m_slack = PROXIMITY_BOX_SLACK * i_query.size;
+    m_sureGap = PROXIMITY_SURE_GAP * i_query.size;
+    m_sureSlab = PROXIMITY_SURE_SLAB * i_query.size * i_query.size;
+    m_sureVolume = PROXIMITY_SURE_VOLUME * i_query.size;
+    m_leastEdge = PROXIMITY_LEAST_EDGE * i_query.size;
     CProximityMove &toA = m_moves[0], &toB = m_moves[1];
-    for (int r = 0; r < 3; ++r)
-      for (int c = 0; c < 3; ++c)
-      {
-        toA.rotation[3 * r + c] = i_query.rotation[3 * r + c];
-        toB.rotation[3 * r + c] = i_query.rotation[3 * c + r];
-      }
+    float rounded[9];
+    for (int k = 0; k < 9; ++k)
+    {
+      toA.rotation[k] = i_query.rotation[k];
+      toB.rotation[k] = i_query.rotation[3 * (k % 3) + k / 3];
+      rounded[k] = static_cast<float>(i_query.rotation[k]);
+    }
     for (int r = 0; r < 3; ++r)
     {
       toA.translation[r] = t[r];
       const double* row = toB.rotation + 3 * r;
       toB.translation[r] = -((row[0] * t[0] + row[1] * t[1]) + row[2] * t[2]);
     }
-    toA.set();
-    toB.set();
+    const float* m = rounded;
+    toA.set(TQuad(m[0], m[3], m[6]), TQuad(m[1], m[4], m[7]), TQuad(m[2], m[5], m[8]));
+    toB.set(TQuad(m[0], m[1], m[2]), TQuad(m[3], m[4], m[5]), TQuad(m[6], m[7], m[8]));
     m_trees[0] = &i_query.a;
     m_trees[1] = &i_query.b;
     setThreshold();
@@ -178,6 +179,8 @@ private:
     const CProximityBox& placed = isFirst ? *io_task.other : *io_task.box;
     const CProximityNode& node = m_trees[side]->nodes[isFirst ? child : otherChild];
     const CProximityBox* boxes = m_trees[side]->boxes + node.firstBox;
+    if (IS_CONTACT && meetBalls(side, isFirst ? child : otherChild, placed))
+      return false;
     const CPlacedBox box = m_moves[side].placed(placed);
     TFloats keys = IS_CONTACT ? contactKeys(node, box) : distanceKeys(node, box);
     const TFloats threshold(m_threshold);
@@ -202,6 +205,22 @@ private:
     group.side = side;
     group.lanes = rest;
     m_countGroups += rest != 0;
+    return true;
+  }
+
+  /// Whether a ball of a node overlaps that of a box of the other tree: if so, the search is over.
+  LUM_PROXIMITY_INLINE bool meetBalls(unsigned int i_side, std::uint32_t i_node, const CProximityBox& i_placed)
+  {
+    const CProximityTree &tree = *m_trees[i_side], &other = *m_trees[1 - i_side];
+    const std::size_t rank = static_cast<std::size_t>(&i_placed - other.boxes);
+    if (i_node >= tree.countNodeBalls || rank >= other.countBalls)
+      return false;
+    const CProximityBall& ball = other.balls[rank];
+    if (!doOverlap(tree.nodeBalls[i_node], spreadVector(m_moves[i_side].moved(ball.center)),
+                   TFloats(ball.radius - static_cast<float>(m_slack))))
+      return false;
+    m_best = 0.0;
+    m_countGroups = 0;
     return true;
   }
 

@@ -16,6 +16,8 @@ constexpr unsigned int TREE_SAMPLES = 256;      ///< triangles that are looked a
 constexpr unsigned int TREE_CUT_SAMPLES = 4096; ///< and to choose where to cut
 constexpr double TREE_LEAF_CUT = 0.85;          ///< a leaf is cut if that lessens its cost so much
 constexpr double TREE_THICKNESS = 4.0;          ///< what thickness adds to the cost of a leaf
+constexpr std::uint32_t TREE_LARGE = 64;        ///< a part of more triangles may be large
+constexpr std::uint32_t TREE_LARGE_SHARE = 32;  ///< if it is so large a share of all, too
 constexpr double TREE_OUTWARD = 1.0 + 0x1p-22;
 constexpr double TREE_INFINITY = std::numeric_limits<double>::infinity();
 
@@ -61,6 +63,14 @@ struct CTreePart
   std::uint32_t child = 0; ///< the first of two; 0 for a leaf
   double surface = 0.0;
   CTreeAxes frame;
+  CTreeRange range; ///< in the frame; empty if only some of the triangles were looked at
+};
+
+/// A part, and the box of which it is the child.
+struct CTreeSlot
+{
+  std::uint32_t part;
+  std::uint32_t box;
 };
 
 /// Turns a symmetric matrix (xx, yy, zz, xy, yz, zx) to its main axes by Jacobi's method.
@@ -73,7 +83,7 @@ CTreeAxes mainAxes(const double i_matrix[6])
   const double size = m[0][0] + m[1][1] + m[2][2];
   for (unsigned int sweep = 0; sweep < 12; ++sweep)
   {
-    if (!(std::fabs(m[0][1]) + std::fabs(m[1][2]) + std::fabs(m[0][2]) > 1e-14 * size))
+    if (!(std::fabs(m[0][1]) + std::fabs(m[1][2]) + std::fabs(m[0][2]) > 1e-6 * size))
       break;
     for (unsigned int turn = 0; turn < 3; ++turn)
     {
@@ -125,13 +135,15 @@ public:
   {
   }
 
-  void build()
+  /// @return how many nodes have large parts under them.
+  std::uint32_t build()
   {
     const std::uint32_t count = static_cast<std::uint32_t>(m_corners.size() / 3);
     m_order.resize(count);
     for (std::uint32_t i = 0; i < count; ++i)
       m_order[i] = i;
-    m_ranges.resize(count);
+    m_ranges.reserve(count);
+    m_aside.reserve(count);
     weigh();
     m_places.resize(count);
     m_parts.emplace_back();
@@ -139,11 +151,12 @@ public:
     cut(0, 0);
     addNode(1);
     writeBox(0, 0, m_parts[0]);
-    const std::uint32_t child = gather(0);
-    m_boxes[0].child = child;
+    m_large = std::max(TREE_LARGE, count / TREE_LARGE_SHARE);
+    gatherAll();
     m_nodes.shrink_to_fit();
     m_boxes.shrink_to_fit();
     m_packets.shrink_to_fit();
+    return m_countLargeNodes;
   }
 
 private:
@@ -197,17 +210,21 @@ private:
     {
       // What is a little better only for rounding is not better.
       const double limit = io_part.surface * (1.0 - 1e-6);
-      const double surface = surfaceIn(frame, io_part, step, limit);
-      if (surface < limit)
+      const CTreeRange range = rangeOf(io_part, frame, step, limit);
+      if (range.surface() < limit)
       {
-        io_part.surface = surface;
+        io_part.surface = range.surface();
         io_part.frame = frame;
+        io_part.range = range;
       }
     }
+    if (step > 1)
+      io_part.range = CTreeRange();
   }
 
-  /// Of the box around every so manieth triangle; once it is found to reach a limit, no more are looked at.
-  double surfaceIn(const CTreeAxes& i_frame, const CTreePart& i_part, std::uint32_t i_step, double i_limit) const
+  /// Of every so manieth triangle; once the surface is found to reach a limit, no more are looked at.
+  CTreeRange rangeOf(const CTreePart& i_part, const CTreeAxes& i_frame, std::uint32_t i_step,
+                     double i_limit = TREE_INFINITY) const
   {
     constexpr std::uint32_t LOOK = 4;
     CTreeRange range;
@@ -219,7 +236,7 @@ private:
       if (range.surface() >= i_limit)
         break;
     }
-    return range.surface();
+    return range;
   }
 
   /// The second moments of the surface about its centre.
@@ -280,47 +297,69 @@ private:
     return range;
   }
 
-  /// Sorts the triangles of a part into two and returns how many come first; 0 if the part is to be a leaf.
-  std::uint32_t findCut(const CTreePart& i_part, unsigned int i_depth)
+  struct CChoice
   {
-    const std::uint32_t first = i_part.first, end = first + i_part.count;
+    double cost = TREE_INFINITY;
+    unsigned int axis = 0;
+    unsigned int bin = 0; ///< the last that comes first
+    double low = 0.0;
+    double scale = 0.0;
+  };
+
+  /// Sorts the triangles of a part into two and returns how many come first; 0 if the part is to be a leaf.
+  std::uint32_t findCut(CTreePart& io_part, unsigned int i_depth)
+  {
     // Of many triangles, some will do to tell where to cut.
-    const std::uint32_t step = i_depth < TREE_FREE_DEPTH ? stepFor(i_part, TREE_CUT_SAMPLES) : 1;
+    const std::uint32_t step = i_depth < TREE_FREE_DEPTH ? stepFor(io_part, TREE_CUT_SAMPLES) : 1;
     CTreeRange whole, middles;
-    findRanges(i_part, step, whole, middles);
+    findRanges(io_part, step, whole, middles);
+    if (step == 1)
+      io_part.range = whole;
     CChoice best;
     if (i_depth < TREE_FREE_DEPTH)
-      for (unsigned int k = 0; k < 3; ++k)
-        if (middles.high[k] > middles.low[k])
-          tryAxis(i_part, step, k, middles, best);
-    if (i_part.count <= TREE_LEAF)
+      tryAxes(middles, best);
+    if (io_part.count <= TREE_LEAF)
     {
       if (!(best.cost < TREE_LEAF_CUT * whole.leafCost()))
         return 0;
     }
     else if (!(best.cost < TREE_INFINITY))
     {
-      findRanges(i_part, 1, whole, middles);
-      return halve(first, end, middles.high[0] - middles.low[0] >= middles.high[1] - middles.low[1] ? 0 : 1);
+      findRanges(io_part, 1, whole, middles);
+      return halve(io_part, middles.high[0] - middles.low[0] >= middles.high[1] - middles.low[1] ? 0 : 1);
     }
-    const ClumVect3& axis = i_part.frame.axes[best.axis];
-    const auto middle = std::stable_partition(m_order.begin() + first, m_order.begin() + end,
-                                              [&](std::uint32_t i)
-                                              {
-                                                return binOf(step == 1 ? m_ranges[i].twiceMiddle(best.axis)
-                                                                       : twiceMiddle(axis, &m_corners[3 * i]),
-                                                             best) <= best.bin;
-                                              });
-    return static_cast<std::uint32_t>(middle - (m_order.begin() + first));
+    return part(io_part, step == 1, best);
+  }
+
+  /// Sorts the triangles of a part by a cut, those of either side in their order. @return how many come first.
+  std::uint32_t part(const CTreePart& i_part, bool i_hasRanges, const CChoice& i_cut)
+  {
+    const ClumVect3& axis = i_part.frame.axes[i_cut.axis];
+    std::uint32_t* order = &m_order[i_part.first];
+    std::uint32_t countFirst = 0;
+    m_aside.clear();
+    for (std::uint32_t i = 0; i < i_part.count; ++i)
+    {
+      const std::uint32_t rank = order[i];
+      const double at = i_hasRanges ? m_ranges[i].twiceMiddle(i_cut.axis) : twiceMiddle(axis, &m_corners[3 * rank]);
+      if (binOf(at, i_cut) <= i_cut.bin)
+        order[countFirst++] = rank;
+      else
+        m_aside.push_back(rank);
+    }
+    std::copy(m_aside.begin(), m_aside.end(), order + countFirst);
+    return countFirst;
   }
 
   /// Of every so manieth triangle.
   void findRanges(const CTreePart& i_part, std::uint32_t i_step, CTreeRange& o_whole, CTreeRange& o_middles)
   {
     o_whole = o_middles = CTreeRange();
+    m_ranges.clear();
     for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += i_step)
     {
-      const CTreeRange range = m_ranges[m_order[i]] = rangeIn(i_part.frame, triangle(i));
+      const CTreeRange range = rangeIn(i_part.frame, triangle(i));
+      m_ranges.push_back(range);
       o_whole.add(range);
       for (unsigned int k = 0; k < 3; ++k)
       {
@@ -337,15 +376,6 @@ private:
     return std::min(std::min(a, b), c) + std::max(std::max(a, b), c);
   }
 
-  struct CChoice
-  {
-    double cost = TREE_INFINITY;
-    unsigned int axis = 0;
-    unsigned int bin = 0; ///< the last that comes first
-    double low = 0.0;
-    double scale = 0.0;
-  };
-
   static unsigned int binOf(double i_twiceMiddle, const CChoice& i_choice)
   {
     const double at = (i_twiceMiddle - i_choice.low) * i_choice.scale;
@@ -353,34 +383,42 @@ private:
   }
 
   /// The cost of a cut is the sum of the surfaces, each times the packets under it.
-  void tryAxis(const CTreePart& i_part, std::uint32_t i_step, unsigned int i_axis, const CTreeRange& i_middles,
-               CChoice& io_best) const
+  void tryAxes(const CTreeRange& i_middles, CChoice& io_best) const
   {
-    CChoice choice;
-    choice.axis = i_axis;
-    choice.low = i_middles.low[i_axis];
-    choice.scale = TREE_BINS / (i_middles.high[i_axis] - choice.low);
-    if (!std::isfinite(choice.scale))
-      return;
-    CTreeRange ranges[TREE_BINS];
-    std::uint32_t counts[TREE_BINS] = {};
-    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; i += i_step)
+    CTreeRange ranges[3][TREE_BINS];
+    std::uint32_t counts[3][TREE_BINS] = {};
+    CChoice choices[3];
+    for (unsigned int k = 0; k < 3; ++k)
     {
-      const CTreeRange& range = m_ranges[m_order[i]];
-      const unsigned int bin = binOf(range.twiceMiddle(i_axis), choice);
-      ranges[bin].add(range);
-      ++counts[bin];
+      choices[k].axis = k;
+      choices[k].low = i_middles.low[k];
+      choices[k].scale = TREE_BINS / (i_middles.high[k] - i_middles.low[k]);
     }
+    for (const CTreeRange& range : m_ranges)
+      for (unsigned int k = 0; k < 3; ++k)
+      {
+        const unsigned int bin = binOf(range.twiceMiddle(k), choices[k]);
+        ranges[k][bin].add(range);
+        ++counts[k][bin];
+      }
+    for (unsigned int k = 0; k < 3; ++k)
+      if (std::isfinite(choices[k].scale) && i_middles.high[k] > i_middles.low[k])
+        tryAxis(choices[k], ranges[k], counts[k], io_best);
+  }
+
+  static void tryAxis(CChoice i_choice, const CTreeRange i_ranges[TREE_BINS], const std::uint32_t i_counts[TREE_BINS],
+                      CChoice& io_best)
+  {
     // To cut behind an empty bin is to cut before it.
     double costs[TREE_BINS] = {}, cost = TREE_INFINITY;
     CTreeRange sum;
     std::uint32_t count = 0;
     for (unsigned int bin = TREE_BINS - 1; bin > 0; --bin)
     {
-      if (counts[bin] > 0)
+      if (i_counts[bin] > 0)
       {
-        sum.add(ranges[bin]);
-        count += counts[bin];
+        sum.add(i_ranges[bin]);
+        count += i_counts[bin];
         cost = partCost(sum, count);
       }
       costs[bin - 1] = cost;
@@ -389,14 +427,14 @@ private:
     count = 0;
     for (unsigned int bin = 0; bin + 1 < TREE_BINS; ++bin)
     {
-      if (counts[bin] == 0)
+      if (i_counts[bin] == 0)
         continue;
-      sum.add(ranges[bin]);
-      count += counts[bin];
-      choice.cost = partCost(sum, count) + costs[bin];
-      choice.bin = bin;
-      if (choice.cost < io_best.cost)
-        io_best = choice;
+      sum.add(i_ranges[bin]);
+      count += i_counts[bin];
+      i_choice.cost = partCost(sum, count) + costs[bin];
+      i_choice.bin = bin;
+      if (i_choice.cost < io_best.cost)
+        io_best = i_choice;
     }
   }
 
@@ -405,24 +443,57 @@ private:
     return i_count < TREE_LEAF ? i_range.leafCost() : i_range.surface() * ((i_count + TREE_LEAF - 1) / TREE_LEAF);
   }
 
-  std::uint32_t halve(std::uint32_t i_first, std::uint32_t i_end, unsigned int i_axis)
+  /// By the ranges of all triangles of the part.
+  std::uint32_t halve(const CTreePart& i_part, unsigned int i_axis)
   {
-    std::sort(m_order.begin() + i_first, m_order.begin() + i_end,
-              [&](std::uint32_t a, std::uint32_t b)
-              {
-                const double atA = m_ranges[a].twiceMiddle(i_axis), atB = m_ranges[b].twiceMiddle(i_axis);
-                return atA < atB || (atA == atB && a < b);
-              });
-    return (i_end - i_first) / 2;
+    std::vector<std::pair<double, std::uint32_t>> places;
+    for (std::uint32_t i = 0; i < i_part.count; ++i)
+      places.emplace_back(m_ranges[i].twiceMiddle(i_axis), m_order[i_part.first + i]);
+    std::sort(places.begin(), places.end());
+    for (std::uint32_t i = 0; i < i_part.count; ++i)
+      m_order[i_part.first + i] = places[i].second;
+    return i_part.count / 2;
   }
 
   // Nodes.
+
+  /// Writes the large parts, level by level, so that their nodes and boxes come first, then all under them.
+  void gatherAll()
+  {
+    std::vector<CTreeSlot> slots = {{0, 0}}, rest;
+    for (std::size_t i = 0; i < slots.size(); ++i)
+    {
+      const CTreeSlot slot = slots[i];
+      if (m_parts[slot.part].child == 0 || m_parts[slot.part].count <= m_large)
+      {
+        rest.push_back(slot);
+        continue;
+      }
+      m_boxes[slot.box].child = gatherNode(slot.part, slots);
+    }
+    m_countLargeNodes = static_cast<std::uint32_t>(m_nodes.size());
+    for (const CTreeSlot& slot : rest)
+      m_boxes[slot.box].child = gather(slot.part);
+  }
 
   /// Writes a part as a leaf, or as a node with all under it. @return the child.
   std::uint32_t gather(std::uint32_t i_part)
   {
     if (m_parts[i_part].child == 0)
       return writeLeaf(m_parts[i_part]);
+    std::vector<CTreeSlot> slots;
+    const std::uint32_t rank = gatherNode(i_part, slots);
+    for (const CTreeSlot& slot : slots)
+    {
+      const std::uint32_t child = gather(slot.part);
+      m_boxes[slot.box].child = child;
+    }
+    return rank;
+  }
+
+  /// Writes a node, with boxes that have no child yet. @return its rank.
+  std::uint32_t gatherNode(std::uint32_t i_part, std::vector<CTreeSlot>& io_slots)
+  {
     std::uint32_t members[8] = {m_parts[i_part].child, m_parts[i_part].child + 1};
     unsigned int count = 2;
     while (count < 8)
@@ -443,8 +514,7 @@ private:
     for (unsigned int k = 0; k < count; ++k)
     {
       writeBox(rank, k, m_parts[members[k]]);
-      const std::uint32_t child = gather(members[k]);
-      m_boxes[firstBox + k].child = child;
+      io_slots.push_back({members[k], firstBox + k});
     }
     return rank;
   }
@@ -466,9 +536,8 @@ private:
 
   void writeBox(std::uint32_t i_node, unsigned int i_lane, const CTreePart& i_part)
   {
-    CTreeRange range;
-    for (std::uint32_t i = i_part.first; i < i_part.first + i_part.count; ++i)
-      range.add(rangeIn(i_part.frame, triangle(i)));
+    const CTreeRange range =
+      i_part.range.low[0] <= i_part.range.high[0] ? i_part.range : rangeOf(i_part, i_part.frame, 1);
     std::array<unsigned int, 3> order = {0, 1, 2};
     std::sort(order.begin(), order.end(),
               [&](unsigned int a, unsigned int b)
@@ -568,17 +637,21 @@ private:
   std::vector<CProximityPacket>& m_packets;
   std::vector<std::uint32_t>& m_places;
   std::vector<std::uint32_t> m_order;
-  std::vector<double> m_weights;    ///< of the triangles
-  std::vector<CTreeRange> m_ranges; ///< of the triangles in the frame of the part that is being cut
+  std::vector<double> m_weights; ///< of the triangles
+  std::vector<CTreeRange>
+    m_ranges; ///< of the part that is being cut in its frame: of those triangles that are looked at
+  std::vector<std::uint32_t> m_aside;
   std::vector<CTreePart> m_parts;
   std::vector<CTreeAxes> m_frames;
   std::uint32_t m_filled = 0; ///< lanes of the last packet
+  std::uint32_t m_large = 0;  ///< parts of more triangles are
+  std::uint32_t m_countLargeNodes = 0;
 };
 } // namespace
 
-void lumBuildProximityTree(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
-                           std::vector<CProximityBox>& o_boxes, std::vector<CProximityPacket>& o_packets,
-                           std::vector<std::uint32_t>& o_places)
+std::uint32_t lumBuildProximityTree(const std::vector<ClumVect3>& i_corners, std::vector<CProximityNode>& o_nodes,
+                                    std::vector<CProximityBox>& o_boxes, std::vector<CProximityPacket>& o_packets,
+                                    std::vector<std::uint32_t>& o_places)
 {
-  CTreeBuilder(i_corners, o_nodes, o_boxes, o_packets, o_places).build();
+  return CTreeBuilder(i_corners, o_nodes, o_boxes, o_packets, o_places).build();
 }

@@ -62,8 +62,9 @@ public:
   /// numbered through, in the order given. @return null if the toolkit cannot join these shapes.
   virtual ClumCollisionModelConstShPtr makeJoinedModel(const std::vector<ClumPlacedLeaf>& i_leaves) const = 0;
 
-  /// @param io_pair two triangles to look at first, in any poses; may be null or empty. Where two triangles touch, they
-  ///   are written here; a contact without any (one shape inside the other) leaves it as it was.
+  /// @param io_pair two triangles to look at first, in any poses; may be null or empty. Where two triangles were found
+  ///   to touch, they are written here; a contact that is told without any (one shape inside the other, or deep in it)
+  ///   leaves it as it was.
   bool areTouching(const ClumCollisionModel& i_a, const ClumMat4& i_poseA, const ClumCollisionModel& i_b,
                    const ClumMat4& i_poseB, ClumTrianglePair* io_pair = nullptr) const;
 

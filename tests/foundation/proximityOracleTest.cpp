@@ -1,6 +1,7 @@
 #include "foundation/lumBox.h"
 #include "foundation/lumCapsule.h"
 #include "foundation/lumProximityCollisionToolkit.h"
+#include "foundation/lumProximityModel.h"
 #include "foundation/lumMesh.h"
 #include "foundation/lumSphere.h"
 #include "support/dice.h"
@@ -487,4 +488,119 @@ TEST(ProximityOracle, SolidsWithinSolidsAndSurfaces)
       FAIL() << "case " << n;
   }
   EXPECT_GT(countNested, 250u);
+}
+
+namespace
+{
+/// Every so manieth triangle turned round: the surface bounds its volume still, but not by its windings.
+ClumMeshShPtr partlyTurned(const ClumMesh& i_mesh, std::size_t i_step)
+{
+  std::vector<ClumMesh::TTriangle> triangles = i_mesh.triangles();
+  for (std::size_t i = 0; i < triangles.size(); i += i_step)
+    std::swap(triangles[i][1], triangles[i][2]);
+  return ClumMesh::create(i_mesh.vertices(), triangles);
+}
+
+/// A shell: a solid ball with a hollow one in it.
+ClumMeshShPtr hollowBall(double i_outer, double i_inner, unsigned int i_segments)
+{
+  const ClumMeshShPtr inner = sphereMesh(i_inner, i_segments);
+  return joined({{sphereMesh(i_outer, i_segments), ClumMat4()}, {partlyTurned(*inner, 1), ClumMat4()}});
+}
+
+/// A mesh with the given solidity, and without its first triangle if it is to be open.
+ClumMeshShPtr toldAs(const ClumMesh& i_mesh, ClumSweptTriangles::ESolidity i_solidity, bool i_isOpen)
+{
+  std::vector<ClumMesh::TTriangle> triangles = i_mesh.triangles();
+  if (i_isOpen)
+    triangles.erase(triangles.begin());
+  return ClumMesh::create(i_mesh.vertices(), triangles, i_solidity);
+}
+
+const CProximityModel& proximityModel(const ClumLeafGeometry& i_leaf)
+{
+  return static_cast<const CProximityModel&>(*i_leaf.collisionModel(*proximityToolkit()));
+}
+} // namespace
+
+TEST(ProximityOracle, InnerBallsBelongToTheirSolids)
+{
+  const ClumMeshShPtr ball = sphereMesh(1.0, 14), knot = torusKnot(2, 3, 1.0, 0.2, 40, 8);
+  // The last number: the least radius that the largest ball must have.
+  const std::vector<std::tuple<ClumMeshShPtr, ClumMeshShPtr, double>> cases = {
+    {ball, ball, 0.8},
+    {knot, knot, 0.1},
+    {lPart(2.0, 1.5, 0.4), lPart(2.0, 1.5, 0.4), 0.12},
+    {wallWithWindow(3.0, 0.2, 1.0, 0.8), wallWithWindow(3.0, 0.2, 1.0, 0.8), 0.06},
+    {clutter(3, 40, 3.0), clutter(3, 40, 3.0), 0.03},
+    {hollowBall(1.0, 0.7, 12), hollowBall(1.0, 0.7, 12), 0.08},
+    {partlyTurned(*ball, 1), partlyTurned(*ball, 1), 0.8},
+    // Where windings tell nothing, those of the mesh as it was.
+    {partlyTurned(*ball, 3), ball, 0.8},
+    {partlyTurned(*knot, 2), knot, 0.1}};
+  for (std::size_t n = 0; n < cases.size(); ++n)
+  {
+    const auto& [mesh, oriented, expected] = cases[n];
+    const CProximityModel& model = proximityModel(*mesh);
+    const std::vector<oracle::Triangle> surface = oracle::placedAs<oracle::Real>(*oriented, ClumMat4());
+    double largest = 0.0;
+    for (std::uint32_t i = 0; i < model.tree().countBalls; ++i)
+    {
+      const CProximityBall& inner = model.tree().balls[i];
+      if (!(inner.radius > 0.0f))
+        continue;
+      largest = std::max(largest, static_cast<double>(inner.radius));
+      const oracle::Vector center(model.center().toVect3() +
+                                  ClumVect3(inner.center[0], inner.center[1], inner.center[2]));
+      EXPECT_GT(std::fabs(oracle::winding(surface, center)), 0.5) << n;
+      for (const oracle::Triangle& triangle : surface)
+        ASSERT_GE(oracle::pointTriangle(center, triangle), static_cast<oracle::Real>(inner.radius)) << n;
+    }
+    EXPECT_GT(largest, expected) << n;
+  }
+}
+
+TEST(ProximityOracle, OpenShapesHaveNoInnerBalls)
+{
+  const ClumMeshShPtr ball = sphereMesh(1.0, 14);
+  for (const ClumMeshShPtr& mesh :
+       {toldAs(*ball, ClumSweptTriangles::SURFACE, false), toldAs(*ball, ClumSweptTriangles::SOLID_IF_CLOSED, true),
+        toldAs(*ball, ClumSweptTriangles::SOLID, true)})
+  {
+    const CProximityModel& model = proximityModel(*mesh);
+    EXPECT_GT(model.tree().countBalls, 0u);
+    for (std::uint32_t i = 0; i < model.tree().countBalls; ++i)
+      EXPECT_LE(model.tree().balls[i].radius, 0.0f);
+  }
+}
+
+TEST(ProximityOracle, SolidsThatReachDeepIntoEachOther)
+{
+  const unsigned int segments = 8, partTriangles = 2 * segments * (segments - 1);
+  const ClumMeshShPtr ball = sphereMesh(1.0, segments), small = sphereMesh(0.3, segments);
+  const std::vector<Specimen> specimens = {ball,
+                                           small,
+                                           {hollowBall(2.0, 1.6, segments), partTriangles},
+                                           torusKnot(2, 3, 1.0, 0.25, 24, 6),
+                                           {clutter(5, 12, 2.0), 12},
+                                           lPart(2.0, 1.5, 0.4),
+                                           toldAs(*ball, ClumSweptTriangles::SURFACE, false),
+                                           toldAs(*small, ClumSweptTriangles::SOLID_IF_CLOSED, true)};
+  Dice dice(7);
+  unsigned int countContacts = 0, countInHollow = 0;
+  for (int n = 0; n < 700; ++n)
+  {
+    const Specimen& a = specimens[n % 4 ? dice.rank(specimens.size()) : 2];
+    const Specimen& b = specimens[n % 4 ? dice.rank(specimens.size()) : 1];
+    const ClumMat4 poseA = dice.pose(0.5), poseB = dice.pose(1.0);
+    const Examination<oracle::Real> pair(a, poseA, b, poseB);
+    countContacts += pair.truth().isContact();
+    countInHollow += n % 4 == 0 && !pair.truth().isContact();
+    pair.touching();
+    pair.exact();
+    if (HasFailure())
+      FAIL() << "case " << n;
+  }
+  EXPECT_GT(countContacts, 200u);
+  EXPECT_GT(countInHollow, 60u);
 }

@@ -135,6 +135,33 @@ TEST_F(ProximityKernel, AllInstructionSetsGiveTheSameBits)
 #endif
 }
 
+TEST_F(ProximityKernel, AllInstructionSetsMakeTheSameModels)
+{
+  const KernelSwitch keeper;
+  for (const ClumLeafGeometryShPtr& leaf : kernelShapes())
+  {
+    ClumSweptTriangles shape;
+    leaf->getSweptTriangles(shape);
+    std::vector<std::uint64_t> expected;
+    for (const CProximityKernel* kernel : lumProximityKernels())
+    {
+      lumUseProximityKernel(*kernel);
+      const auto made = boost::static_pointer_cast<const CProximityModel>(CProximityModel::create(shape));
+      std::vector<std::uint64_t> bits;
+      for (std::uint32_t i = 0; i < made->tree().countBalls; ++i)
+      {
+        const CProximityBall& ball = made->tree().balls[i];
+        for (const float number : {ball.center[0], ball.center[1], ball.center[2], ball.radius})
+          appendBits(number, bits);
+      }
+      EXPECT_FALSE(bits.empty());
+      if (expected.empty())
+        expected = bits;
+      EXPECT_EQ(bits, expected) << kernel->name;
+    }
+  }
+}
+
 TEST_F(ProximityKernel, AskingAllocatesNothing)
 {
   const ClumMeshShPtr knot = torusKnot(2, 3, 1.0, 0.15, 60, 10), boxes = clutter(3, 60, 3.0);
@@ -160,30 +187,40 @@ TEST_F(ProximityKernel, AskingAllocatesNothing)
 
 TEST_F(ProximityKernel, PairOfAContactIsToldAndTakenAsAHint)
 {
-  const ClumMeshShPtr a = sphereMesh(1.0, 12), b = torusKnot(2, 3, 1.0, 0.15, 60, 10);
+  const ClumMeshShPtr ball = sphereMesh(1.0, 12), knot = torusKnot(2, 3, 1.0, 0.15, 60, 10);
+  const auto surface = [](const ClumMesh& i_mesh)
+  { return ClumMesh::create(i_mesh.vertices(), i_mesh.triangles(), TSolidity::SURFACE); };
+  const ClumMeshShPtr ballSurface = surface(*ball), knotSurface = surface(*knot);
   Dice dice(29);
-  unsigned int countContacts = 0;
-  for (int n = 0; n < 100; ++n)
+  unsigned int countContacts = 0, countSolid = 0;
+  for (int n = 0; n < 200; ++n)
   {
+    // Solids that reach deep into each other touch without any pair.
+    const bool areSolid = n % 2 == 0;
+    const ClumMeshShPtr a = areSolid ? ball : ballSurface, b = areSolid ? knot : knotSurface;
     const ClumMat4 pose = dice.pose(2.0);
     const bool expected = m_toolkit->areTouching(*model(*a), ClumMat4(), *model(*b), pose);
     // Any hint leaves the answer as it is.
     ClumTrianglePair pair = {dice.rank(400), n % 3 ? dice.rank(2000) : ClumTrianglePair::NO_TRIANGLE};
     const ClumTrianglePair before = pair;
     ASSERT_EQ(m_toolkit->areTouching(*model(*a), ClumMat4(), *model(*b), pose, &pair), expected);
-    if (!expected)
+    const bool isTold = pair.a != before.a || pair.b != before.b;
+    if (!isTold)
     {
-      EXPECT_EQ(pair.a, before.a);
+      EXPECT_TRUE(areSolid || !expected);
       continue;
     }
+    EXPECT_TRUE(expected);
     ++countContacts;
+    countSolid += areSolid;
     ASSERT_LT(pair.a, a->triangles().size());
     ASSERT_LT(pair.b, b->triangles().size());
     const auto single = [](const ClumMesh& i_mesh, unsigned int i_rank)
     { return ClumMesh::create(i_mesh.vertices(), {i_mesh.triangles()[i_rank]}); };
     EXPECT_TRUE(m_toolkit->areTouching(*model(*single(*a, pair.a)), ClumMat4(), *model(*single(*b, pair.b)), pose));
   }
-  EXPECT_GT(countContacts, 10u);
+  EXPECT_GT(countContacts, 20u);
+  EXPECT_GT(countSolid, 3u);
 }
 
 TEST_F(ProximityKernel, FarShapesAreMeasuredToTheirSizes)
