@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 namespace
 {
@@ -388,6 +389,9 @@ lmStatus CorvConfigSpace::lockConstantDofs()
 
 bool CorvConfigSpace::applyConstraintsOn(CorvConfig& io_cfg, const ClumParameterMapConstShPtr& i_params) const
 {
+  const CorvConfigSpace& space = unwrapped();
+  if (space.m_constraintCache && space.m_constraintCache->steps.empty())
+    return true;
   const ShPtr<const CConstraintCache> cache = constraintCache();
   for (const CConstraintCache::CStep& step : cache->steps)
   {
@@ -396,10 +400,10 @@ bool CorvConfigSpace::applyConstraintsOn(CorvConfig& io_cfg, const ClumParameter
       io_cfg.dofValue(step.rank, step.value);
       continue;
     }
-    const CorvConfigSpaceShPtr space = step.constraint->configSpace();
-    if (!space)
+    const CorvConfigSpaceShPtr watched = step.constraint->configSpace();
+    if (!watched)
       return false;
-    io_cfg.pushFrame(space, step.rank);
+    io_cfg.pushFrame(watched, step.rank);
     const bool isApplied = step.constraint->validate(io_cfg, i_params);
     io_cfg.popFrame();
     if (!isApplied)
@@ -466,15 +470,16 @@ bool CorvConfigSpace::applyValidatorsOn(const CorvConfig& i_cfg, const ClumParam
     scratch->setPointer(key, const_cast<CorvConfigSpace*>(this));
     scratch->setBase(i_params);
   }
-  const ClumParameterMapConstShPtr params = scratch ? ClumParameterMapConstShPtr(scratch) : i_params;
+  ClumParameterMap* const own = scratch.get();
+  ClumParameterMapConstShPtr params = own ? ClumParameterMapConstShPtr(std::move(scratch)) : i_params;
   bool isValid = true;
   for (auto step = first; isValid && step != cache->steps.end(); ++step)
     if (needsCall(*step))
       isValid = runValidator(*step->validator, step->rank, i_cfg, params);
-  if (scratch)
+  if (own)
   {
-    scratch->setBase(ClumParameterMapConstShPtr());
-    m_validationParams.swap(scratch);
+    own->setBase(ClumParameterMapConstShPtr());
+    m_validationParams = boost::const_pointer_cast<ClumParameterMap>(std::move(params));
   }
   return isValid;
 }

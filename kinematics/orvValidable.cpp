@@ -11,6 +11,7 @@
 #include <boost/smart_ptr/make_shared_object.hpp>
 
 #include <algorithm>
+#include <utility>
 
 /// The reports, sorted by name and, under one name, in the order in which they came. Spaces stand without their
 /// wrapper, so that what a device owns never holds the wrapper.
@@ -32,20 +33,20 @@ struct CorvValidable::CReports
                         { return i_entry.space.get() == i_space && i_entry.name == i_name; });
   }
 
-  void set(const ClumStringKey& i_name, const CorvConfigSpace* i_space, const CorvValidationReportConstShPtr& i_report)
+  void set(const ClumStringKey& i_name, const CorvConfigSpace* i_space, CorvValidationReportConstShPtr i_report)
   {
     const auto found = find(i_name, i_space);
     if (found != entries.end())
     {
-      found->report = i_report;
+      found->report = std::move(i_report);
       return;
     }
-    const CorvConfigSpaceConstShPtr space =
+    CorvConfigSpaceConstShPtr space =
       i_space ? CorvConfigSpaceConstShPtr(i_space->self()) : CorvConfigSpaceConstShPtr();
     const auto place = std::upper_bound(entries.begin(), entries.end(), i_name,
                                         [](const ClumStringKey& i_key, const CEntry& i_entry)
                                         { return i_key.text() < i_entry.name.text(); });
-    entries.insert(place, CEntry{i_name, space, i_report});
+    entries.insert(place, CEntry{i_name, std::move(space), std::move(i_report)});
   }
 };
 
@@ -279,7 +280,7 @@ bool CorvValidable::validateWith(const CorvValidator& i_validator, const ClumPar
   if (newReport)
   {
     newReport->isValid(isValid);
-    writableReports().set(i_validator.nameKey(), unwrappedOrNull(bareSpace()), newReport);
+    writableReports().set(i_validator.nameKey(), unwrappedOrNull(bareSpace()), std::move(newReport));
   }
   else if (oldReport)
     removeKeyedReport(i_validator.nameKey());

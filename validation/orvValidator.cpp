@@ -112,10 +112,17 @@ CorvConfigSpaceShPtr CorvValidator::configSpace() const
 
 CorvDeviceShPtr CorvValidator::device() const
 {
-  if (const CorvDeviceShPtr device = m_device.lock())
+  if (CorvDeviceShPtr device = m_device.lock())
     return device;
   const CorvConfigSpaceShPtr space = m_space.lock();
   return space ? space->device() : CorvDeviceShPtr();
+}
+
+const CorvDevice* CorvValidator::bareDevice() const
+{
+  if (!m_device.expired())
+    return m_bareDevice;
+  return m_space.expired() ? nullptr : m_bareSpace->device().get();
 }
 
 const CorvConfigSpace* CorvValidator::unwrappedSpace() const

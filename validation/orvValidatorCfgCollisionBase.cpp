@@ -208,7 +208,7 @@ void CorvValidatorCfgCollisionBase::getTolerance(const CorvBody& i_body, const C
 
 bool CorvValidatorCfgCollisionBase::isJudgedElsewhere(const CorvConfig& i_cfg,
                                                       const ClumParameterMapConstShPtr& i_params,
-                                                      const CorvDeviceShPtr& i_device) const
+                                                      const CorvDevice* i_device) const
 {
   const CorvConfigSpaceShPtr& space = i_cfg.space();
   if (!space)
@@ -220,7 +220,7 @@ bool CorvValidatorCfgCollisionBase::isJudgedElsewhere(const CorvConfig& i_cfg,
     return false;
   // A space above that is no device's tests nothing itself: then this validator is the one that does.
   const CorvDeviceShPtr owner = validationSpace->device();
-  if (!owner || owner != i_device)
+  if (!owner || owner.get() != i_device)
     return false;
   const CorvValidatorCfgCollisionBaseShPtr validator = owner->collisionValidator();
   return validator && validator->isActivated();
@@ -241,10 +241,10 @@ bool CorvValidatorCfgCollisionBase::shouldRevalidateConfig(const CorvConfig& i_c
                                                            const CorvValidationReportConstShPtr& i_report) const
 {
   const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(i_report.get());
-  const CorvDeviceShPtr owner = device();
+  const CorvDevice* owner = bareDevice();
   if (!report || !owner)
     return true;
-  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner.get());
+  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner);
   const CorvCollisionQuery query = record ? CorvCollisionQuery() : makeQuery(i_params);
   const CorvCollisionQuery& asked = record ? *record : query;
   if (isOutdated(*report, asked, *owner))

@@ -655,21 +655,20 @@ void CorvValidatorCfgLumScene::willTestMotion() const
 
 std::uint64_t CorvValidatorCfgLumScene::sceneStamp() const
 {
-  const CorvDeviceShPtr owner = device();
-  const CInnerScene* inner = owner ? updateInnerData(owner) : nullptr;
+  const CorvDevice* owner = bareDevice();
+  const CInnerScene* inner = owner ? updateInnerData(*owner) : nullptr;
   return inner ? inner->stamp : 0;
 }
 
-CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData(const CorvDeviceShPtr& i_device) const
+CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData(const CorvDevice& i_device) const
 {
   const std::uint64_t latestStamp = lumLatestStamp();
-  const unsigned int bodiesVersion = bodiesVersionSum(*i_device);
-  const bool isSameDevice = m_inner && m_inner->device == i_device.get() &&
-                            m_inner->deviceVersion == i_device->version() && m_inner->bodiesVersion == bodiesVersion &&
-                            m_inner->toolkit == i_device->collisionToolkit();
+  const unsigned int bodiesVersion = bodiesVersionSum(i_device);
+  const bool isSameDevice = m_inner && m_inner->device == &i_device && m_inner->deviceVersion == i_device.version() &&
+                            m_inner->bodiesVersion == bodiesVersion && m_inner->toolkit == i_device.collisionToolkit();
   if (isSameDevice && m_inner->latestStamp == latestStamp)
     return m_inner.get();
-  const ClumSceneShPtr scene = m_scene ? m_scene : i_device->collisionScene();
+  const ClumSceneShPtr scene = m_scene ? m_scene : i_device.collisionScene();
   if (!scene)
   {
     ClumLogManager::addError(__FILE__, __LINE__, "failed to check the config because a body has no scene");
@@ -683,13 +682,13 @@ CorvValidatorCfgLumScene::CInnerScene* CorvValidatorCfgLumScene::updateInnerData
   }
 
   std::unique_ptr<CInnerScene> inner(new CInnerScene);
-  inner->device = i_device.get();
+  inner->device = &i_device;
   inner->scene = scene;
-  inner->deviceVersion = i_device->version();
+  inner->deviceVersion = i_device.version();
   inner->bodiesVersion = bodiesVersion;
   inner->sceneVersion = scene->version();
   m_inner.reset();
-  if (rebuildInnerScene(*i_device, *inner).failed())
+  if (rebuildInnerScene(i_device, *inner).failed())
     return nullptr;
   inner->stamp = nextInnerSceneStamp();
   inner->latestStamp = latestStamp;
@@ -749,16 +748,16 @@ bool CorvValidatorCfgLumScene::doValidateConfig(const CorvConfig& i_cfg, const C
                                                 const CorvValidationReportConstShPtr&,
                                                 CorvValidationReportShPtr& o_report) const
 {
-  const CorvDeviceShPtr owner = device();
+  const CorvDevice* owner = bareDevice();
   if (isJudgedElsewhere(i_cfg, i_params, owner))
     return true;
   if (!owner)
     return false;
-  CInnerScene* inner = updateInnerData(owner);
+  CInnerScene* inner = updateInnerData(*owner);
   if (!inner || owner->computeBodyPositions(i_cfg, inner->positions).failed())
     return false;
 
-  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner.get());
+  const CorvCollisionQuery* record = CorvCollisionQuery::in(i_params, owner);
   if (record)
     return test(*owner, *inner, *record, o_report);
   return test(*owner, *inner, makeQuery(i_params), o_report);
@@ -774,11 +773,11 @@ bool CorvValidatorCfgLumScene::test(const CorvDevice& i_device, CInnerScene& io_
   const bool isColliding = isTouching || (i_query.distanceMode != 0 && test.applyThresholds());
   const bool isVerdict =
     i_query.distanceMode == 0 && i_query.pointsMode == 0 && (isTouching || !i_query.wantsDistances());
-  const CorvReportCfgCollisionShPtr known = isVerdict ? io_inner.verdicts[isTouching] : CorvReportCfgCollisionShPtr();
+  const CorvReportCfgCollision* known = isVerdict ? io_inner.verdicts[isTouching].get() : nullptr;
   if (known && (!isTouching || io_inner.verdictPair == io_inner.lastColliding) &&
       io_inner.answers(*known, i_query, test.sharesDistances()))
   {
-    o_report = known;
+    o_report = io_inner.verdicts[isTouching];
     return !isColliding;
   }
   const CorvReportCfgCollisionShPtr report =

@@ -39,6 +39,8 @@ public:
   CorvConfigSpaceShPtr configSpace() const;
   /// The device that the validator holds, or that its space belongs to; null if there is none.
   CorvDeviceShPtr device() const;
+  /// The same without a handle: it lives for as long as somebody else holds it.
+  const CorvDevice* bareDevice() const;
   /// The space that the validator watches without the wrapper that clients see, for comparisons. Makes nothing.
   const CorvConfigSpace* unwrappedSpace() const;
   /// True if `configSpace()` is this very space.

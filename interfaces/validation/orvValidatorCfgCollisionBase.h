@@ -66,7 +66,7 @@ protected:
   /// True if another validation of the same device, on the validation space, judges the configuration.
   /// @param i_device that of this validator.
   bool isJudgedElsewhere(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params,
-                         const CorvDeviceShPtr& i_device) const;
+                         const CorvDevice* i_device) const;
 
   static std::atomic<unsigned long> s_countTests;
   static std::atomic<unsigned long> s_countQueries;

@@ -47,7 +47,7 @@ private:
   class CTest;
 
   /// @return null, with a log entry, if the device's bodies cannot be tested.
-  CInnerScene* updateInnerData(const CorvDeviceShPtr& i_device) const;
+  CInnerScene* updateInnerData(const CorvDevice& i_device) const;
   lmStatus rebuildInnerScene(const CorvDevice& i_device, CInnerScene& o_inner) const;
   /// Logs what a configuration cannot be checked for.
   static lmStatus refuse(const char* i_why);
