@@ -55,9 +55,10 @@ public:
     for (unsigned int k = 0; k < 3; ++k)
       m_pointBox.axes[k][k] = 1.0f;
     m_pointBox.child = PROXIMITY_LEAF;
-    m_query.a = m_tree;
-    m_query.b.boxes = &m_pointBox;
-    m_query.b.packets = &m_pointPacket;
+    m_pointTree.boxes = &m_pointBox;
+    m_pointTree.packets = &m_pointPacket;
+    m_query.a = &m_tree;
+    m_query.b = &m_pointTree;
     m_query.rotation[0] = m_query.rotation[4] = m_query.rotation[8] = 1.0;
     m_query.share = 1.0 - BALL_ACCURACY;
     m_query.hintA = m_query.hintB = PROXIMITY_NONE;
@@ -212,7 +213,8 @@ private:
   std::vector<CProximityBalls>& m_nodeBalls;
   std::vector<CProximityBall>& m_balls;
   std::vector<CProximityBall> m_found;
-  CProximityBox m_pointBox = {}; ///< a point as a model
+  CProximityTree m_pointTree = {}; ///< a point as a model
+  CProximityBox m_pointBox = {};
   CProximityPacket m_pointPacket = {};
   CProximityQuery m_query = {};
 };

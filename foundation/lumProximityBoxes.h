@@ -63,7 +63,9 @@ struct CPlacedBox
 /// The motion from one model's frame to the other's.
 struct CProximityMove
 {
-  double rotation[9];
+  const double* rotation; ///< nine numbers, by rows or by columns
+  int row;                ///< from one row to the next
+  int column;
   double translation[3];
   TQuad columns[3];
   TQuad shift;
@@ -77,6 +79,7 @@ struct CProximityMove
       TQuad(static_cast<float>(translation[0]), static_cast<float>(translation[1]), static_cast<float>(translation[2]));
   }
 
+  double entry(int i_row, int i_column) const { return rotation[i_row * row + i_column * column]; }
   LUM_PROXIMITY_INLINE TQuad turned(const float i_vector[3]) const
   {
     return (columns[0] * TQuad(i_vector[0]) + columns[1] * TQuad(i_vector[1])) + columns[2] * TQuad(i_vector[2]);

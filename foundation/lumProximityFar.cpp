@@ -41,7 +41,7 @@ class CFarSearch
 {
 public:
   explicit CFarSearch(const CProximityQuery& i_query)
-    : m_query(i_query), m_a{i_query.a, {}}, m_b{i_query.b, {}}, m_bound(i_query.cap)
+    : m_query(i_query), m_a{*i_query.a, {}}, m_b{*i_query.b, {}}, m_bound(i_query.cap)
   {
     const double* t = i_query.translation;
     m_length = std::sqrt(t[0] * t[0] + t[1] * t[1] + t[2] * t[2]);
@@ -54,7 +54,7 @@ public:
 
   void run(CProximityAnswer& o_answer)
   {
-    const CProximityBox &rootA = *m_query.a.boxes, &rootB = *m_query.b.boxes;
+    const CProximityBox &rootA = *m_query.a->boxes, &rootB = *m_query.b->boxes;
     m_stack[m_count++] = {m_a.reach(rootA) + m_b.reach(rootB), &rootA, &rootB};
     double passed = std::numeric_limits<double>::infinity();
     while (m_count > 0)
@@ -123,10 +123,10 @@ private:
     ClumVect3 a[3], b[3], onA, onB;
     for (unsigned int l = 0; l < 4; ++l)
     {
-      loadB(m_query.b.packets[packetB], l, b);
+      loadB(m_query.b->packets[packetB], l, b);
       for (unsigned int k = 0; k < 4; ++k)
       {
-        load(m_query.a.packets[packetA], k, a);
+        load(m_query.a->packets[packetA], k, a);
         const double found = lumTriangleDistance(a, b, onA, onB);
         if (found >= m_best)
           continue;

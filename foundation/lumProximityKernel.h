@@ -84,8 +84,8 @@ using TProximityDistance = double (*)(const double i_row[9], const double i_lane
 /// A question about two placed models. Distances are those of the bare triangles.
 struct CProximityQuery
 {
-  CProximityTree a;
-  CProximityTree b;
+  const CProximityTree* a;
+  const CProximityTree* b;
   double rotation[9];    ///< from b to a, row by row
   double translation[3]; ///< of b in the coordinates of a
   double size;           ///< the two radii and the length of the translation

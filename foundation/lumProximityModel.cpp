@@ -149,6 +149,14 @@ std::uint32_t CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
   m_tree.nodes = m_nodes.data();
   m_tree.boxes = m_boxes.data();
   m_tree.packets = m_packets.data();
+  const CProximityBox& box = m_boxes[0];
+  for (unsigned int k = 0; k < 3; ++k)
+  {
+    m_around.center[k] = box.center[k];
+    m_around.half[k] = box.axes[k][3];
+    for (unsigned int c = 0; c < 3; ++c)
+      m_around.axes[k][c] = box.axes[k][c];
+  }
   return countLargeNodes;
 }
 
@@ -197,11 +205,8 @@ void CProximityModel::corners(std::uint32_t i_place, ClumVect3 o_corners[3]) con
     o_corners[k].setValue(packet.corners[k][0][lane], packet.corners[k][1][lane], packet.corners[k][2][lane]);
 }
 
-bool CProximityModel::isInside(const ClumVect3& i_point) const
+bool CProximityModel::isSurrounded(const ClumVect3& i_point) const
 {
-  for (unsigned int k = 0; k < 3; ++k)
-    if (i_point[k] < m_low[k] || i_point[k] > m_high[k])
-      return false;
   CModelCrossings crossings = {m_packets.data(), m_parts, m_partOfTriangle, i_point, 0, {}};
   lumProximityKernel().ray(m_tree, i_point.data(), m_high.x() - i_point.x(), &CModelCrossings::visit, &crossings);
   return crossings.winding != 0 || !crossings.oddParts.empty();

@@ -29,11 +29,21 @@ public:
     int sign = 1;            ///< -1 if they are to be taken as turned inside out
   };
 
+  /// An oriented box.
+  struct CAround
+  {
+    double center[3];
+    double axes[3][3];
+    double half[3];
+  };
+
   static const void* kindOfModel();
   /// @return null if the shape has no triangle or reaches too far for the kernel.
   static ClumCollisionModelConstShPtr create(const ClumSweptTriangles& i_shape);
 
   const CProximityTree& tree() const { return m_tree; }
+  /// The box around all triangles, with axes that are orthonormal only to single precision.
+  const CAround& around() const { return m_around; }
   double sweep() const { return m_sweep; }
   double excess() const { return m_excess; }
   std::size_t countTriangles() const { return m_places.size(); }
@@ -53,16 +63,16 @@ public:
   /// False if a part counts as closed that has a gap: where it ends is not told by its triangles then.
   bool areSolidsSealed() const { return m_areSolidsSealed; }
   /// True if a part of this model lies inside a closed part of the other, given that the surfaces are apart.
-  /// @param i_center of the other, in this model's coordinates.
+  /// @param i_center gives that of the other, in this model's coordinates.
   /// @param i_move takes a point of this model to the other's coordinates.
-  template <class MOVE>
-  bool hasPartInside(const CProximityModel& i_other, const ClumVect3& i_center, MOVE i_move) const
+  template <class CENTER, class MOVE>
+  bool hasPartInside(const CProximityModel& i_other, CENTER i_center, MOVE i_move) const
   {
     const auto isPartInside = [&](const CPart& i_part)
     { return i_part.reach <= i_other.m_solidSize && i_other.isInside(i_move(i_part.point)); };
     if (m_parts.size() == 1)
       return isPartInside(m_parts[0]);
-    const CNearBall ball = nearBall(i_center, i_other.m_tree.radius);
+    const CNearBall ball = nearBall(i_center(), i_other.m_tree.radius);
     for (std::size_t i = 0; (i = nextPartNear(ball, i)) < m_parts.size(); ++i)
       if (isPartInside(m_parts[i]))
         return true;
@@ -78,7 +88,7 @@ public:
   std::size_t nextPartNear(const CNearBall& i_ball, std::size_t i_from) const;
   /// True if the point, in the model's coordinates, lies inside of a closed part. A point of the surface may get either
   /// answer.
-  bool isInside(const ClumVect3& i_point) const;
+  bool isInside(const ClumVect3& i_point) const { return isInBounds(i_point) && isSurrounded(i_point); }
   /// How far the triangles reach along a direction.
   double support(const ClumVect3& i_direction) const;
   /// What the model takes of memory.
@@ -89,6 +99,12 @@ private:
   void findBounds(const ClumSweptTriangles& i_shape);
   /// @return how many nodes have large parts under them: they come first.
   std::uint32_t buildTree(const ClumSweptTriangles& i_shape);
+  bool isInBounds(const ClumVect3& i_point) const
+  {
+    return i_point.x() >= m_low.x() && i_point.x() <= m_high.x() && i_point.y() >= m_low.y() &&
+           i_point.y() <= m_high.y() && i_point.z() >= m_low.z() && i_point.z() <= m_high.z();
+  }
+  bool isSurrounded(const ClumVect3& i_point) const;
   void findParts(const ClumSweptTriangles& i_shape);
 
   std::vector<CProximityNode> m_nodes;
@@ -103,6 +119,7 @@ private:
   ClumVect3 m_low;
   ClumVect3 m_high;
   CProximityTree m_tree = {};
+  CAround m_around = {};
   double m_sweep = 0.0;
   double m_excess = 0.0;
   double m_solidSize = 0.0;

@@ -40,30 +40,29 @@ double sumOfCoordinates(const ClumVect3& i_vector)
 constexpr double PROXIMITY_AXES_SHARE = 1.0 + 1e-6;
 
 /// The square of the distance of a point from the box around all triangles of a model, as its axes measure it.
-double squareFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
+double squareFromBox(const CProximityModel::CAround& i_box, const ClumVect3& i_point)
 {
-  const CProximityBox& box = *i_tree.boxes;
-  const double x = i_point.x() - box.center[0], y = i_point.y() - box.center[1], z = i_point.z() - box.center[2];
-  double square = 0.0;
-  for (const float* axis : box.axes)
+  const double x = i_point.x() - i_box.center[0], y = i_point.y() - i_box.center[1], z = i_point.z() - i_box.center[2];
+  double gaps[3];
+  for (unsigned int k = 0; k < 3; ++k)
   {
-    const double gap = std::fabs(x * axis[0] + y * axis[1] + z * axis[2]) - axis[3];
-    square += gap > 0.0 ? gap * gap : 0.0;
+    const double* axis = i_box.axes[k];
+    gaps[k] = std::max(0.0, std::fabs(x * axis[0] + y * axis[1] + z * axis[2]) - i_box.half[k]);
   }
-  return square;
+  return gaps[0] * gaps[0] + gaps[1] * gaps[1] + gaps[2] * gaps[2];
 }
 
 /// A lower bound of that distance.
-double distanceFromBox(const CProximityTree& i_tree, const ClumVect3& i_point)
+double distanceFromBox(const CProximityModel& i_model, const ClumVect3& i_point)
 {
-  return std::sqrt(squareFromBox(i_tree, i_point)) / PROXIMITY_AXES_SHARE;
+  return std::sqrt(squareFromBox(i_model.around(), i_point)) / PROXIMITY_AXES_SHARE;
 }
 
 /// Whether that bound is more than a limit.
-bool isBeyondBox(const CProximityTree& i_tree, const ClumVect3& i_point, double i_limit)
+bool isBeyondBox(const CProximityModel& i_model, const ClumVect3& i_point, double i_limit)
 {
   const double limit = i_limit * PROXIMITY_AXES_SHARE;
-  return squareFromBox(i_tree, i_point) > limit * limit;
+  return squareFromBox(i_model.around(), i_point) > limit * limit;
 }
 
 bool arePairCornersPierced(const double i_row[9], const double i_lane[9])
@@ -84,8 +83,8 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   : m_a(static_cast<const CProximityModel&>(i_a)), m_b(static_cast<const CProximityModel&>(i_b)), m_poseA(i_poseA),
     m_sweep(m_a.sweep() + m_b.sweep())
 {
-  m_query.a = m_a.tree();
-  m_query.b = m_b.tree();
+  m_query.a = &m_a.tree();
+  m_query.b = &m_b.tree();
   for (unsigned int r = 0; r < 3; ++r)
     for (unsigned int c = 0; c < 3; ++c)
       m_query.rotation[3 * r + c] =
@@ -106,8 +105,8 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
 
 double CProximityPair::boxGap() const
 {
-  return std::max(distanceFromBox(m_query.a, translation()) - m_b.radius() - m_a.sweep(),
-                  distanceFromBox(m_query.b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
+  return std::max(distanceFromBox(m_a, translation()) - m_b.radius() - m_a.sweep(),
+                  distanceFromBox(m_b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
 }
 
 void CProximityPair::moveTo(const ClumVect3& i_translation)
@@ -115,7 +114,7 @@ void CProximityPair::moveTo(const ClumVect3& i_translation)
   for (unsigned int k = 0; k < 3; ++k)
     m_query.translation[k] = i_translation[k];
   m_length = i_translation.norm();
-  m_query.size = m_query.a.radius + m_query.b.radius + m_length;
+  m_query.size = m_a.tree().radius + m_b.tree().radius + m_length;
 }
 
 void CProximityPair::hint(unsigned int i_triangleA, unsigned int i_triangleB)
@@ -158,7 +157,7 @@ CProximityAnswer CProximityPair::searchContact()
 
 bool CProximityPair::isFar() const
 {
-  return m_length > PROXIMITY_FAR_RATIO * (m_query.a.radius + m_query.b.radius);
+  return m_length > PROXIMITY_FAR_RATIO * (m_a.tree().radius + m_b.tree().radius);
 }
 
 bool CProximityPair::areTouching()
@@ -168,8 +167,8 @@ bool CProximityPair::areTouching()
 
 bool CProximityPair::isApart() const
 {
-  return ballGap() > m_slack || isBeyondBox(m_query.a, translation(), m_b.radius() + m_a.sweep() + m_slack) ||
-         isBeyondBox(m_query.b, toB(ClumVect3()), m_a.radius() + m_b.sweep() + m_slack);
+  return ballGap() > m_slack || isBeyondBox(m_a, translation(), m_b.radius() + m_a.sweep() + m_slack) ||
+         isBeyondBox(m_b, toB(ClumVect3()), m_a.radius() + m_b.sweep() + m_slack);
 }
 
 bool CProximityPair::isNested() const
@@ -181,12 +180,14 @@ bool CProximityPair::isNested() const
 
 bool CProximityPair::isSecondInFirst() const
 {
-  return m_b.hasPartInside(m_a, toB(ClumVect3()), [this](const ClumVect3& i_point) { return toA(i_point); });
+  return m_b.hasPartInside(
+    m_a, [this] { return toB(ClumVect3()); }, [this](const ClumVect3& i_point) { return toA(i_point); });
 }
 
 bool CProximityPair::isFirstInSecond() const
 {
-  return m_a.hasPartInside(m_b, translation(), [this](const ClumVect3& i_point) { return toB(i_point); });
+  return m_a.hasPartInside(
+    m_b, [this] { return translation(); }, [this](const ClumVect3& i_point) { return toB(i_point); });
 }
 
 void CProximityPair::writeTriangles(const CProximityAnswer& i_answer, ClumDistanceResult& o_result) const

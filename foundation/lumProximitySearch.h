@@ -62,24 +62,22 @@ public:
     m_sureVolume = PROXIMITY_SURE_VOLUME * i_query.size;
     m_leastEdge = PROXIMITY_LEAST_EDGE * i_query.size;
     CProximityMove &toA = m_moves[0], &toB = m_moves[1];
-    float rounded[9];
-    for (int k = 0; k < 9; ++k)
-    {
-      toA.rotation[k] = i_query.rotation[k];
-      toB.rotation[k] = i_query.rotation[3 * (k % 3) + k / 3];
-      rounded[k] = static_cast<float>(i_query.rotation[k]);
-    }
+    toA.rotation = toB.rotation = i_query.rotation;
+    toA.row = toB.column = 3;
+    toA.column = toB.row = 1;
     for (int r = 0; r < 3; ++r)
     {
       toA.translation[r] = t[r];
-      const double* row = toB.rotation + 3 * r;
-      toB.translation[r] = -((row[0] * t[0] + row[1] * t[1]) + row[2] * t[2]);
+      toB.translation[r] = -((toB.entry(r, 0) * t[0] + toB.entry(r, 1) * t[1]) + toB.entry(r, 2) * t[2]);
     }
+    float rounded[9];
+    for (int k = 0; k < 9; ++k)
+      rounded[k] = static_cast<float>(i_query.rotation[k]);
     const float* m = rounded;
     toA.set(TQuad(m[0], m[3], m[6]), TQuad(m[1], m[4], m[7]), TQuad(m[2], m[5], m[8]));
     toB.set(TQuad(m[0], m[1], m[2]), TQuad(m[3], m[4], m[5]), TQuad(m[6], m[7], m[8]));
-    m_trees[0] = &i_query.a;
-    m_trees[1] = &i_query.b;
+    m_trees[0] = i_query.a;
+    m_trees[1] = i_query.b;
     setThreshold();
   }
 
@@ -90,7 +88,7 @@ public:
       placePacket(0, m_query.hintB >> 2);
       measureRow(0, m_query.hintA >> 2, m_query.hintA & 3u, TDoubles(-PROXIMITY_FAR));
     }
-    CProximityTask task = {-PROXIMITY_LARGEST, 0, m_query.a.boxes, m_query.b.boxes};
+    CProximityTask task = {-PROXIMITY_LARGEST, 0, m_query.a->boxes, m_query.b->boxes};
     bool isGoingOn = m_best > m_query.stop;
     while (isGoingOn)
     {
@@ -304,8 +302,8 @@ private:
     const double x = i_other.center[0], y = i_other.center[1], z = i_other.center[2];
     for (int r = 0; r < 3; ++r)
     {
-      const double* row = move.rotation + 3 * r;
-      o_line[r] = ((row[0] * x + row[1] * y) + row[2] * z) + move.translation[r] - i_own.center[r];
+      o_line[r] =
+        ((move.entry(r, 0) * x + move.entry(r, 1) * y) + move.entry(r, 2) * z) + move.translation[r] - i_own.center[r];
     }
     return __builtin_sqrt((o_line[0] * o_line[0] + o_line[1] * o_line[1]) + o_line[2] * o_line[2]);
   }

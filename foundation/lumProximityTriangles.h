@@ -39,19 +39,12 @@ struct CPlacedPacket
   {
     rank = i_rank;
     hasEdges = hasInverses = hasPlanes = false;
-    const double* m = i_move.rotation;
-    const double* t = i_move.translation;
     for (int k = 0; k < 3; ++k)
     {
       const TDoubles x(i_packet.corners[k][0]), y(i_packet.corners[k][1]), z(i_packet.corners[k][2]);
-      corners[k].x = ((x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2])) + TDoubles(t[0]);
-      corners[k].y = ((x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5])) + TDoubles(t[1]);
-      corners[k].z = ((x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8])) + TDoubles(t[2]);
+      corners[k] = turned(i_move, x, y, z) + all(i_move.translation);
     }
-    const TDoubles x(i_packet.normal[0]), y(i_packet.normal[1]), z(i_packet.normal[2]);
-    normal.x = (x * TDoubles(m[0]) + y * TDoubles(m[1])) + z * TDoubles(m[2]);
-    normal.y = (x * TDoubles(m[3]) + y * TDoubles(m[4])) + z * TDoubles(m[5]);
-    normal.z = (x * TDoubles(m[6]) + y * TDoubles(m[7])) + z * TDoubles(m[8]);
+    normal = turned(i_move, TDoubles(i_packet.normal[0]), TDoubles(i_packet.normal[1]), TDoubles(i_packet.normal[2]));
   }
 
   void makeEdges()
@@ -88,6 +81,13 @@ struct CPlacedPacket
   }
 
 private:
+  static TVectors turned(const CProximityMove& i_move, const TDoubles& x, const TDoubles& y, const TDoubles& z)
+  {
+    const auto row = [&](int r) {
+      return (x * TDoubles(i_move.entry(r, 0)) + y * TDoubles(i_move.entry(r, 1))) + z * TDoubles(i_move.entry(r, 2));
+    };
+    return {row(0), row(1), row(2)};
+  }
   void writePlane(int i_rank, const TVectors& i_direction, const TVectors& i_point)
   {
     const TDoubles numbers[4] = {i_direction.x, i_direction.y, i_direction.z, dot(i_direction, i_point)};
