@@ -2,6 +2,16 @@
 
 #include <algorithm>
 
+namespace
+{
+/// One of 64 bits. Two keys may share it, so that it tells only what is not there.
+std::uint64_t markOf(const ClumStringKey& i_key)
+{
+  const auto address = reinterpret_cast<std::uintptr_t>(&i_key.text());
+  return std::uint64_t(1) << (address / sizeof(std::string)) % 64;
+}
+} // namespace
+
 ClumParameterMapShPtr ClumParameterMap::create(bool i_copiesBase)
 {
   return ClumParameterMapShPtr(new ClumParameterMap(i_copiesBase));
@@ -134,6 +144,8 @@ lmStatus ClumParameterMap::setFrom(const ClumStringKey& i_key, const ClumParamet
 
 ClumParameterMap& ClumParameterMap::remove(const ClumStringKey& i_key)
 {
+  if (!ownEntry(i_key))
+    return *this;
   m_entries.erase(
     std::remove_if(m_entries.begin(), m_entries.end(), [&](const CEntry& i_entry) { return i_entry.key == i_key; }),
     m_entries.end());
@@ -289,6 +301,8 @@ lmStatus ClumParameterMap::getVoidConstShPtr(const ClumStringKey& i_key, ShPtr<c
 
 const ClumParameterMap::CEntry* ClumParameterMap::ownEntry(const ClumStringKey& i_key) const
 {
+  if ((m_marks & markOf(i_key)) == 0)
+    return nullptr;
   for (const CEntry& entry : m_entries)
     if (entry.key == i_key)
       return &entry;
@@ -302,6 +316,7 @@ ClumParameterMap::CEntry& ClumParameterMap::entryOf(const ClumStringKey& i_key, 
     if (entry.key == i_key)
       return entry = fresh;
   m_entries.push_back(fresh);
+  m_marks |= markOf(i_key);
   return m_entries.back();
 }
 

@@ -54,8 +54,8 @@ void CorvReportCollision::encodeWithCoder(const ClumCoderShPtr& i_coder) const
 {
   CorvValidationReport::encodeWithCoder(i_coder);
   i_coder->encodeInt(m_specificBody, "specificBody");
-  i_coder->encodeDoubleVector(m_toleranceModifiers, "toleranceModifiers");
-  i_coder->encodeBoolVector(m_toleranceActivations, "toleranceActivations");
+  i_coder->encodeDoubleVector({m_toleranceModifiers.begin(), m_toleranceModifiers.end()}, "toleranceModifiers");
+  i_coder->encodeBoolVector({m_toleranceActivations.begin(), m_toleranceActivations.end()}, "toleranceActivations");
 }
 
 lmStatus CorvReportCollision::initWithCoder(const ClumCoderShPtr& i_coder, const ClumCodableShPtr& i_self)
@@ -64,7 +64,11 @@ lmStatus CorvReportCollision::initWithCoder(const ClumCoderShPtr& i_coder, const
   if (status.failed())
     return status;
   m_specificBody = i_coder->decodeInt("specificBody");
-  i_coder->decodeDoubleVector("toleranceModifiers", m_toleranceModifiers);
-  i_coder->decodeBoolVector("toleranceActivations", m_toleranceActivations);
+  std::vector<double> modifiers;
+  std::vector<bool> activations;
+  i_coder->decodeDoubleVector("toleranceModifiers", modifiers);
+  i_coder->decodeBoolVector("toleranceActivations", activations);
+  m_toleranceModifiers.assign(modifiers.begin(), modifiers.end());
+  m_toleranceActivations.assign(activations.begin(), activations.end());
   return lmStatus();
 }

@@ -220,13 +220,19 @@ private:
     if (isExact() || m_validator.m_alwaysUseExactDistance)
       m_params->setInt(keys.method, CorvCollisionQuery::EXACT_DISTANCE)
         .setDouble(keys.precision, m_validator.m_exactDistancePrecision);
-    const CorvDeviceShPtr collisionDevice = m_collision ? m_collision->device() : CorvDeviceShPtr();
-    if (!collisionDevice || collisionDevice != m_device)
+    const CorvDevice* collisionDevice = m_collision ? m_collision->bareDevice() : nullptr;
+    if (!collisionDevice || collisionDevice != m_device.get())
       return;
+    // What the caller says, with what was set above; the caller's parameters are often few enough to be passed by.
     std::vector<double> needs;
     needs.swap(m_query.needs);
-    m_query = m_collision->makeQuery(m_params);
+    m_query = m_collision->makeQuery(i_params);
     m_query.needs.swap(needs);
+    m_query.reportsMaxAllowableDistances = true;
+    if (isExact() || m_validator.m_alwaysUseExactDistance)
+      m_query.precision = m_validator.m_exactDistancePrecision;
+    if ((isExact() || m_validator.m_alwaysUseExactDistance) && m_query.distanceMode == 0)
+      m_query.method = CorvCollisionQuery::EXACT_DISTANCE;
     m_query.device = m_device.get();
     m_query.slack = slack();
     m_query.isExact = isExact();
@@ -263,10 +269,26 @@ private:
       need *= NEED_FACTOR;
   }
 
+  /// The report that a configuration has; it may be outdated. Null also where it is looked for elsewhere.
+  CorvValidationReportConstShPtr storedReport(const CorvConfig& i_config) const
+  {
+    return m_collision && !m_collision->pool() ? i_config.keyedReport(m_collision->nameKey())
+                                               : CorvValidationReportConstShPtr();
+  }
+
+  /// Judges a configuration and takes what its report tells.
   void validate(const CorvConfig& i_config)
   {
     ++s_countTestedConfigs;
+    const CorvValidationReportConstShPtr old = storedReport(i_config);
     m_validator.validateConfig(i_config, m_params);
+    const CorvValidationReportConstShPtr stored = storedReport(i_config);
+    const CorvReportCfgCollision* report =
+      stored != old ? dynamic_cast<const CorvReportCfgCollision*>(stored.get()) : nullptr;
+    if (report && report->query().isSameQuestion(m_query))
+      readStand(report);
+    else
+      readStand(i_config);
   }
 
   /// Makes sure that an end which is not judged has been measured, if that can be done.
@@ -281,20 +303,23 @@ private:
   /// Takes what the report of a configuration tells, if it answers the question at hand.
   void readStand(const CorvConfig& i_config)
   {
-    m_stand.allowances.clear();
-    m_isClear = false;
     const CorvValidationReportConstShPtr stored =
       m_collision ? m_collision->upToDateReportFrom(i_config, m_params) : CorvValidationReportConstShPtr();
-    const CorvReportCfgCollision* report = dynamic_cast<const CorvReportCfgCollision*>(stored.get());
-    if (!report)
+    readStand(dynamic_cast<const CorvReportCfgCollision*>(stored.get()));
+  }
+
+  /// @param i_report up to date, or null.
+  void readStand(const CorvReportCfgCollision* i_report)
+  {
+    m_stand.allowances.clear();
+    m_isClear = i_report && isExact() && areDistancesClear(*i_report);
+    const bool hasAllowances =
+      i_report && m_query.isProof() && i_report->isValid() && i_report->countAllowances() == m_device->countBodies();
+    if (!hasAllowances)
       return;
-    if (isExact())
-      m_isClear = areDistancesClear(*report);
-    if (!m_query.isProof() || !report->isValid() || report->countAllowances() != m_device->countBodies())
-      return;
-    m_stand.areShared = report->sharesDistances();
-    for (unsigned int i = 0; i < report->countAllowances(); ++i)
-      m_stand.allowances.push_back(report->allowance(i));
+    m_stand.areShared = i_report->sharesDistances();
+    for (unsigned int i = 0; i < i_report->countAllowances(); ++i)
+      m_stand.allowances.push_back(i_report->allowance(i));
   }
 
   bool areDistancesClear(const CorvReportCfgCollision& i_report) const
@@ -368,13 +393,13 @@ private:
   void testEnd(double i_t, const CorvConfig& i_config, bool i_isJudged, double i_from, double i_to)
   {
     setNeeds(i_config, i_t, i_from, i_to);
-    if (i_isJudged)
-      validate(i_config);
-    else
-      measure(i_config);
-    readStand(i_config);
     if (!i_isJudged)
+    {
+      measure(i_config);
+      readStand(i_config);
       return;
+    }
+    validate(i_config);
     if (!i_config.isValid())
       collideAt(i_t, i_config);
     else
@@ -392,7 +417,6 @@ private:
     }
     setNeeds(m_config, i_t, i_from, i_to);
     validate(m_config);
-    readStand(m_config);
     ++m_samples;
     if (!isConfigValid(m_config))
       collideAt(i_t, m_config);
@@ -537,7 +561,6 @@ private:
       return;
     setNeeds(m_config, param, 0.0, m_length);
     validate(m_config);
-    readStand(m_config);
     if (isConfigValid(m_config))
       keepValid(param);
   }
@@ -769,7 +792,7 @@ CorvValidatorDPCollision::readSettings(const ClumParameterMapConstShPtr& i_param
   settings.algorithm = m_algorithm;
   settings.testStart = m_testStart;
   settings.testGoal = m_testGoal;
-  if (!i_params)
+  if (!i_params || i_params->holdsOnlyPointer(validationSpaceParameterKey()))
     return settings;
   const CDPCollisionKeys& keys = dpCollisionKeys();
   settings.penetration = i_params->doubleValue(keys.penetration, m_penetration);

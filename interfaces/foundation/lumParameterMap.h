@@ -5,6 +5,7 @@
 #include "foundation/lumStatus.h"
 #include "foundation/lumStringKey.h"
 
+#include <cstdint>
 #include <vector>
 
 /// Options on their way down a chain of calls: typed values under keys, with an optional base map below.
@@ -126,6 +127,7 @@ private:
   const CEntry* findEntry(const ClumStringKey& i_key, EType i_type) const;
 
   std::vector<CEntry> m_entries;
+  std::uint64_t m_marks = 0; ///< those of the entries' keys: where a key's is missing, the key is
   ClumParameterMapConstShPtr m_base;
   bool m_copiesBase;
 };

@@ -2,7 +2,7 @@
 
 #include "validation/orvValidationReport.h"
 
-#include <vector>
+#include <boost/container/small_vector.hpp>
 
 /// What collision reports share: which bodies were tested and with which tolerances.
 class LUM_API CorvReportCollision : public CorvValidationReport
@@ -47,6 +47,6 @@ protected:
 
 private:
   int m_specificBody = NO_SPECIFIC_BODY;
-  std::vector<double> m_toleranceModifiers;
-  std::vector<bool> m_toleranceActivations;
+  boost::container::small_vector<double, 2> m_toleranceModifiers;
+  boost::container::small_vector<bool, 2> m_toleranceActivations;
 };
