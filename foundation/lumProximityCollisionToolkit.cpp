@@ -88,7 +88,7 @@ void ClumProximityCollisionToolkit::doBoundedDistance(const ClumCollisionModel& 
   CProximityPair pair(i_a, i_poseA, i_b, i_poseB);
   double gap = pair.ballGap() - pair.slack();
   if (gap < i_cap && i_cap < PROXIMITY_INFINITY)
-    gap = std::max(gap, pair.boxGap() - pair.slack());
+    gap = std::max(gap, pair.enclosureGap() - pair.slack());
   const bool isRemote = pair.length() > PROXIMITY_REMOTE_RATIO * (pair.a().radius() + pair.b().radius());
   if (gap > 0.0 && (gap >= i_cap || isRemote))
   {

@@ -16,6 +16,8 @@ namespace
 {
 constexpr double MODEL_LARGEST = 1e14;
 constexpr double MODEL_RADIUS_SLACK = 1.0 + 1e-12;
+/// A shape is long if its box is so many times as long as thick.
+constexpr double MODEL_LONG = 2.0;
 
 const char s_proximityKind = 0;
 
@@ -100,6 +102,7 @@ CProximityModel::CProximityModel(const ClumSweptTriangles& i_shape) : ClumCollis
   m_excess = i_shape.excess;
   findBounds(i_shape);
   const std::uint32_t countNodeBalls = buildTree(i_shape);
+  findCore();
   findParts(i_shape);
   lumFindProximityBalls(*this, countNodeBalls, m_nodeBalls, m_balls);
   m_tree.nodeBalls = m_nodeBalls.data();
@@ -158,6 +161,26 @@ std::uint32_t CProximityModel::buildTree(const ClumSweptTriangles& i_shape)
       m_around.axes[k][c] = box.axes[k][c];
   }
   return countLargeNodes;
+}
+
+void CProximityModel::findCore()
+{
+  const double* half = m_around.half;
+  const ClumVect3 axis = ClumVect3(m_around.axes[0][0], m_around.axes[0][1], m_around.axes[0][2]).normalized();
+  if (!(half[0] > MODEL_LONG * std::sqrt(half[1] * half[1] + half[2] * half[2])))
+    return;
+  const ClumVect3 center(m_around.center[0], m_around.center[1], m_around.center[2]);
+  double length = 0.0, square = 0.0;
+  for (const CProximityPacket& packet : m_packets)
+    for (unsigned int lane = 0; lane < 4; ++lane)
+      for (const auto& corner : packet.corners)
+      {
+        const ClumVect3 offset = ClumVect3(corner[0][lane], corner[1][lane], corner[2][lane]) - center;
+        const double along = axis.scalarProduct(offset);
+        length = std::max(length, std::fabs(along));
+        square = std::max(square, (offset - axis * along).squaredNorm());
+      }
+  m_core = {center, axis, length * MODEL_RADIUS_SLACK, std::sqrt(square) * MODEL_RADIUS_SLACK};
 }
 
 void CProximityModel::findParts(const ClumSweptTriangles& i_shape)

@@ -37,6 +37,15 @@ public:
     double half[3];
   };
 
+  /// A segment; all triangles lie within `radius` of it.
+  struct CCore
+  {
+    ClumVect3 center;
+    ClumVect3 axis;
+    double half = 0.0;
+    double radius = 0.0;
+  };
+
   static const void* kindOfModel();
   /// @return null if the shape has no triangle or reaches too far for the kernel.
   static ClumCollisionModelConstShPtr create(const ClumSweptTriangles& i_shape);
@@ -44,6 +53,9 @@ public:
   const CProximityTree& tree() const { return m_tree; }
   /// The box around all triangles, with axes that are orthonormal only to single precision.
   const CAround& around() const { return m_around; }
+  /// Of a shape that is several times as long as thick; others have none.
+  bool hasCore() const { return m_core.half > 0.0; }
+  const CCore& core() const { return m_core; }
   double sweep() const { return m_sweep; }
   double excess() const { return m_excess; }
   std::size_t countTriangles() const { return m_places.size(); }
@@ -105,6 +117,7 @@ private:
            i_point.y() <= m_high.y() && i_point.z() >= m_low.z() && i_point.z() <= m_high.z();
   }
   bool isSurrounded(const ClumVect3& i_point) const;
+  void findCore();
   void findParts(const ClumSweptTriangles& i_shape);
 
   std::vector<CProximityNode> m_nodes;
@@ -120,6 +133,7 @@ private:
   ClumVect3 m_high;
   CProximityTree m_tree = {};
   CAround m_around = {};
+  CCore m_core;
   double m_sweep = 0.0;
   double m_excess = 0.0;
   double m_solidSize = 0.0;

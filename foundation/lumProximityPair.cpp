@@ -103,10 +103,11 @@ CProximityPair::CProximityPair(const ClumCollisionModel& i_a, const ClumMat4& i_
   m_query.distance = &pairCornersDistance;
 }
 
-double CProximityPair::boxGap() const
+double CProximityPair::enclosureGap() const
 {
-  return std::max(distanceFromBox(m_a, translation()) - m_b.radius() - m_a.sweep(),
-                  distanceFromBox(m_b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
+  const double gap = std::max(distanceFromBox(m_a, translation()) - m_b.radius() - m_a.sweep(),
+                              distanceFromBox(m_b, toB(ClumVect3())) - m_a.radius() - m_b.sweep());
+  return haveCores() ? std::max(gap, coreGap()) : gap;
 }
 
 void CProximityPair::moveTo(const ClumVect3& i_translation)
@@ -165,9 +166,29 @@ bool CProximityPair::areTouching()
   return !isApart() && (searchContact().best <= reach() || isNested());
 }
 
+double CProximityPair::coreGap() const
+{
+  const CProximityModel::CCore &a = m_a.core(), &b = m_b.core();
+  const ClumVect3 axisB = turnToA(b.axis), between = toA(b.center) - a.center;
+  const auto clamped = [](double i_value, double i_half) { return std::max(-i_half, std::min(i_value, i_half)); };
+  const double cosine = a.axis.scalarProduct(axisB), alongA = a.axis.scalarProduct(between);
+  const double alongB = axisB.scalarProduct(between), square = 1.0 - cosine * cosine;
+  const double s = square > 1e-9 ? clamped((alongA - cosine * alongB) / square, a.half) : 0.0;
+  const double t = clamped(cosine * s - alongB, b.half);
+  const ClumVect3 gap = between + axisB * t - a.axis * clamped(alongA + cosine * t, a.half);
+  const double length = gap.norm();
+  // Whether or not these are the nearest points, what the planes across the line between them tell is sound.
+  return length > 0.0 ? (gap.scalarProduct(between) - a.half * std::fabs(gap.scalarProduct(a.axis)) -
+                         b.half * std::fabs(gap.scalarProduct(axisB))) /
+                            length -
+                          (a.radius + b.radius + m_sweep)
+                      : -m_length;
+}
+
 bool CProximityPair::isApart() const
 {
-  return ballGap() > m_slack || isBeyondBox(m_a, translation(), m_b.radius() + m_a.sweep() + m_slack) ||
+  return ballGap() > m_slack || (haveCores() && coreGap() > m_slack) ||
+         isBeyondBox(m_a, translation(), m_b.radius() + m_a.sweep() + m_slack) ||
          isBeyondBox(m_b, toB(ClumVect3()), m_a.radius() + m_b.sweep() + m_slack);
 }
 

@@ -26,8 +26,8 @@ public:
   double reach() const { return m_sweep + m_slack; }
   /// A lower bound for the swept shapes from their enclosing balls.
   double ballGap() const { return m_length - m_a.radius() - m_b.radius(); }
-  /// One from the enclosing ball of either and the box around the other, which is better for long shapes.
-  double boxGap() const;
+  /// A better one for long shapes: from the box around either and the other's ball, and from the segments in both.
+  double enclosureGap() const;
   /// Whether one of these proves that nothing touches.
   bool isApart() const;
   /// Of the second, in the coordinates of the first.
@@ -73,6 +73,8 @@ public:
   double nearestPoints(const CProximityAnswer& i_answer, ClumVect3& o_onA, ClumVect3& o_onB) const;
 
 private:
+  double coreGap() const;
+  bool haveCores() const { return m_a.hasCore() && m_b.hasCore(); }
   bool isFar() const;
   bool isSecondInFirst() const;
   bool isFirstInSecond() const;

@@ -299,26 +299,37 @@ TEST_F(ProximityKernel, AnyOfManyPartsMayLieInside)
     }
 }
 
-TEST_F(ProximityKernel, BoxesAroundModelsBoundLongShapes)
+TEST_F(ProximityKernel, BoxesAndSegmentsBoundLongShapes)
 {
-  // Long and flat shapes, of which the enclosing balls tell little: small caps are reached by the boxes alone.
-  const ClumMeshShPtr bar = longBar(30.0, 0.1), wall = wallWithWindow(40.0, 0.2, 1.0, 1.0);
-  const ClumSphereShPtr ball = ClumSphere::create(0.3);
+  // Long and flat shapes, of which the enclosing balls tell little: small caps are reached by boxes and segments alone.
+  const std::vector<ClumLeafGeometryShPtr> shapes = {
+    ClumSphere::create(0.3), longBar(30.0, 0.1), wallWithWindow(40.0, 0.2, 1.0, 1.0), ClumCapsule::create(0.2, 7.0)};
   Dice dice(41);
-  unsigned int countCapped = 0;
-  for (int n = 0; n < 300; ++n)
+  unsigned int countCapped[4][4] = {};
+  for (int n = 0; n < 3000; ++n)
   {
-    const ClumLeafGeometry& other = n % 2 ? static_cast<const ClumLeafGeometry&>(*wall) : *bar;
-    const ClumMat4 pose = dice.pose(6.0), around = dice.pose(6.0);
-    const double exact = m_toolkit->exactDistance(*model(*ball), pose, *model(other), around).lower;
+    const unsigned int first = dice.rank(shapes.size()), second = dice.rank(shapes.size());
+    const ClumCollisionModel &a = *model(*shapes[first]), &b = *model(*shapes[second]);
+    // Some along the same axes: side by side, in one line, or across.
+    ClumMat4 pose = dice.pose(6.0), around = dice.pose(6.0);
+    if (n % 4 == 0)
+    {
+      around = ClumMat4();
+      pose = placedAt(dice.rank(3) * 20.0, dice.rank(3) * 0.4, dice.rank(2) * 0.7);
+      if (n % 8 == 0)
+        pose.rotate(ClumVect3(0.0, 0.0, 1.0), 1.5707963267948966);
+    }
+    const double exact = m_toolkit->exactDistance(a, pose, b, around).lower;
     const double cap = dice(0.0, 1.5) * exact;
-    const ClumDistanceResult found = m_toolkit->boundedDistance(*model(*ball), pose, *model(other), around, cap, 0.0);
+    const ClumDistanceResult found = m_toolkit->boundedDistance(a, pose, b, around, cap, 0.0);
     EXPECT_LE(found.lower, exact + 1e-8);
     EXPECT_GE(found.lower, std::min(cap, exact) - 1e-8);
-    EXPECT_EQ(m_toolkit->areTouching(*model(*ball), pose, *model(other), around), exact == 0.0);
-    countCapped += exact > 0.0 && !found.hasPoints;
+    EXPECT_EQ(m_toolkit->areTouching(a, pose, b, around), exact == 0.0);
+    countCapped[first][second] += exact > 0.0 && !found.hasTriangles;
   }
-  EXPECT_GT(countCapped, 50u);
+  EXPECT_GT(countCapped[0][1] + countCapped[0][2], 50u); // by boxes
+  EXPECT_GT(countCapped[1][1], 50u);                     // by segments
+  EXPECT_GT(countCapped[3][1] + countCapped[1][3], 100u);
 }
 
 TEST_F(ProximityKernel, ModelsStayWithinTheirMemory)
