@@ -177,6 +177,14 @@ void addSquaredAngles(double i_value, double i_from, double i_to, double i_scale
     for (std::size_t i = 0; i < 2 * i_pairCount; ++i)
       io_squared[i / 2][i % 2] += flatSquaredDofDistance(true, i_scale, i_value, i_column[i]);
 }
+
+bool areAllBeyond(const TDoublePair* i_squared, std::size_t i_pairCount, double i_limit)
+{
+  TMaskPair areBeyond = TMaskPair{-1, -1};
+  for (std::size_t i = 0; i < i_pairCount; ++i)
+    areBeyond &= i_squared[i] > i_limit;
+  return (areBeyond[0] & areBeyond[1]) != 0;
+}
 } // namespace
 
 CorvFlatForm::CorvFlatForm() = default;
@@ -227,11 +235,14 @@ bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* 
                                            unsigned int i_count, double i_limit, double* o_squared) const
 {
   const std::size_t pairCount = (i_count + 1) / 2;
-  TDoublePair squared[BLOCK_SIZE / 2];
-  for (std::size_t i = 0; i < pairCount; ++i)
-    squared[i] = TDoublePair{};
-  for (const CEntry& entry : m_entries)
+  TDoublePair squared[BLOCK_SIZE / 2] = {};
+  // Sums only grow, so that half of the columns often tell enough.
+  const std::size_t half = m_entries.size() / 2;
+  for (std::size_t e = 0; e < m_entries.size(); ++e)
   {
+    if (e == half && e > 0 && areAllBeyond(squared, pairCount, i_limit))
+      return false;
+    const CEntry& entry = m_entries[e];
     const double value = i_point[entry.place];
     const double* const column = i_block + entry.place * BLOCK_SIZE;
     const double* const box = i_box + entry.place * BOXES_SIZE;
@@ -240,13 +251,8 @@ bool CorvFlatForm::squaredDistancesOfBlock(const double* i_point, const double* 
     else
       addSquaredColumn(value, 0.0, entry.scale, column, pairCount, squared);
   }
-  TMaskPair isBeyond = TMaskPair{-1, -1};
-  for (std::size_t i = 0; i < pairCount; ++i)
-  {
-    isBeyond &= squared[i] > i_limit;
-    std::memcpy(o_squared + 2 * i, &squared[i], sizeof squared[i]);
-  }
-  return (isBeyond[0] & isBeyond[1]) == 0;
+  std::memcpy(o_squared, squared, pairCount * sizeof squared[0]);
+  return !areAllBeyond(squared, pairCount, i_limit);
 }
 
 /// With a half turn and more between a value and the far end of a box the way round is the shorter one. A difference of

@@ -30,7 +30,7 @@ public:
   /// The bits of `squaredDistance` for the first `i_count` points of a block.
   /// @param i_box that holds the points, one of two: see `squaredDistancesToBoxes`.
   /// @param o_squared `BLOCK_SIZE` numbers.
-  /// @return false if all are above the limit.
+  /// @return false if all are above the limit; what is written then means nothing.
   bool squaredDistancesOfBlock(const double* i_point, const double* i_block, const double* i_box, unsigned int i_count,
                                double i_limit, double* o_squared) const;
   /// How near the points of two boxes may be: for each box a number that `squaredDistance` does not fall below for any
