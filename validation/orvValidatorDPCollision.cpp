@@ -291,21 +291,23 @@ private:
       readStand(i_config);
   }
 
-  /// Makes sure that an end which is not judged has been measured, if that can be done.
+  /// Takes what is known of an end that is not judged. It is measured before, if that was not done and can be.
   void measure(const CorvConfig& i_config)
   {
-    if (!m_query.isProof() || m_collision->upToDateReportFrom(i_config, m_params))
+    if (readStand(i_config) || !m_query.isProof())
       return;
     ++s_countTestedConfigs;
     m_collision->validate(i_config, m_params);
+    readStand(i_config);
   }
 
-  /// Takes what the report of a configuration tells, if it answers the question at hand.
-  void readStand(const CorvConfig& i_config)
+  /// Takes what the report of a configuration tells, if it answers the question at hand. @return false otherwise.
+  bool readStand(const CorvConfig& i_config)
   {
     const CorvValidationReportConstShPtr stored =
       m_collision ? m_collision->upToDateReportFrom(i_config, m_params) : CorvValidationReportConstShPtr();
     readStand(dynamic_cast<const CorvReportCfgCollision*>(stored.get()));
+    return stored != nullptr;
   }
 
   /// @param i_report up to date, or null.
@@ -394,11 +396,7 @@ private:
   {
     setNeeds(i_config, i_t, i_from, i_to);
     if (!i_isJudged)
-    {
-      measure(i_config);
-      readStand(i_config);
-      return;
-    }
+      return measure(i_config);
     validate(i_config);
     if (!i_config.isValid())
       collideAt(i_t, i_config);
