@@ -191,7 +191,37 @@ void CorvDPComposite::maxAbsoluteDerivative(double i_from, double i_to, std::vec
 
 bool CorvDPComposite::getStraightVelocity(std::vector<double>& o_velocity) const
 {
-  return isStraight() && orvGetStraightVelocity(privateStart(), privateEnd(), privateLength(), o_velocity);
+  const double length = isReversed() ? -privateLength() : privateLength();
+  if (isStraight())
+    return orvGetStraightVelocity(privateStart(), privateEnd(), length, o_velocity);
+  // What no child moves stands still, unless it is computed.
+  const CorvConfigSpace& space = *privateStart().space();
+  const double* start = privateStart().beginPtr();
+  const double* end = privateEnd().beginPtr();
+  o_velocity.assign(privateStart().size(), 0.0);
+  for (unsigned int i = 0; i < o_velocity.size(); ++i)
+    if (start[i] != end[i] && space.isDofPassive(i))
+      return false;
+  std::vector<double> childVelocity;
+  for (const CorvDirectPathShPtr& child : m_directPaths)
+    if (isMovingChild(child) && !addChildVelocity(*child, child->length() / length, childVelocity, o_velocity))
+      return false;
+  return true;
+}
+
+/// @param i_stretch of the child's length to that of all. @param o_scratch for the child's own velocity.
+bool CorvDPComposite::addChildVelocity(const CorvDirectPath& i_child, double i_stretch, std::vector<double>& o_scratch,
+                                       std::vector<double>& io_velocity) const
+{
+  unsigned int rank = 0;
+  const CorvConfigSpace& space = *privateStart().space();
+  if (!i_child.getStraightVelocity(o_scratch) ||
+      space.getFirstDofRankOfSubspace(*i_child.configSpace(), rank).failed() ||
+      rank + o_scratch.size() > io_velocity.size())
+    return false;
+  for (std::size_t i = 0; i < o_scratch.size(); ++i)
+    io_velocity[rank + i] = o_scratch[i] * i_stretch;
+  return true;
 }
 
 void CorvDPComposite::fillChildDerivatives(const CorvDirectPath& i_child, unsigned int i_rank,

@@ -79,7 +79,8 @@ void CorvDPLinear::maxAbsoluteDerivative(double, double, std::vector<double>& o_
 
 bool CorvDPLinear::getStraightVelocity(std::vector<double>& o_velocity) const
 {
-  return orvGetStraightVelocity(privateStart(), privateEnd(), privateLength(), o_velocity);
+  const double length = privateLength();
+  return orvGetStraightVelocity(privateStart(), privateEnd(), isReversed() ? -length : length, o_velocity);
 }
 
 void CorvDPLinear::describe(const CorvPathVisitorShPtr& i_visitor) const

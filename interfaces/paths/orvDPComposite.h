@@ -60,6 +60,8 @@ private:
   double computeMaxAbsoluteDerivativeForPassiveDof(double i_from, double i_to, unsigned int i_dof) const;
   void fillChildDerivatives(const CorvDirectPath& i_child, unsigned int i_rank,
                             std::vector<double>& io_derivatives) const;
+  bool addChildVelocity(const CorvDirectPath& i_child, double i_stretch, std::vector<double>& o_scratch,
+                        std::vector<double>& io_velocity) const;
 
   enum EKind : unsigned char
   {

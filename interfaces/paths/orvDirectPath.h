@@ -68,8 +68,8 @@ public:
   virtual void maxAbsoluteDerivative(double i_from, double i_to, std::vector<double>& o_derivatives) const = 0;
   /// True if these are the same between any two distances.
   bool hasConstantRates() const { return m_hasConstantRates; }
-  /// For a motion on which every dof keeps its velocity: writes these, with respect to private distance.
-  /// @return false, with nothing written, for any other.
+  /// For a motion on which every dof keeps its velocity: writes these, with respect to distance, from start to end.
+  /// @return false, and what is written means nothing, for any other.
   virtual bool getStraightVelocity(std::vector<double>& o_velocity) const;
 
   /// Converts all configurations that the path holds. Stops at the first failure.

@@ -196,6 +196,27 @@ protected:
       before = after;
     }
   }
+
+  /// @return whether the path tells a velocity.
+  static bool expectVelocityHolds(const CorvDirectPath& i_path)
+  {
+    std::vector<double> velocity;
+    if (!i_path.getStraightVelocity(velocity))
+      return false;
+    EXPECT_EQ(velocity.size(), i_path.configSpace()->size());
+    constexpr int STEPS = 50;
+    const double h = i_path.length() / STEPS;
+    std::vector<double> before = configOn(i_path, 0.0).dofValues();
+    for (int i = 1; i <= STEPS; ++i)
+    {
+      const std::vector<double> after = configOn(i_path, i * h).dofValues();
+      for (unsigned int k = 0; k < after.size(); ++k)
+        EXPECT_NEAR(dofChange(*i_path.configSpace()->dof(k), before[k], after[k]), velocity[k] * h, 1e-11)
+          << "dof " << k << " at " << i * h;
+      before = after;
+    }
+    return true;
+  }
 };
 } // namespace
 
@@ -480,6 +501,8 @@ TEST_P(EveryPath, FollowsADofThatIsAddedUnderIt)
       if (!direct || !kind().hasRates)
         return;
       ASSERT_NO_FATAL_FAILURE(expectRatesHold(*direct));
+      const bool mustTell = kind().name.find("Linear") == 0 || kind().name == "CompositeOnArm";
+      EXPECT_TRUE(expectVelocityHolds(*direct) || !mustTell);
     });
 }
 
