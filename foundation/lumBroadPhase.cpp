@@ -38,14 +38,14 @@ constexpr std::size_t ENOUGH_FOR_COUNTING = 128;
 /// As many items are measured one by one.
 constexpr std::size_t FEW = 4;
 /// To an item; and to all trees.
-constexpr double CELLS_PER_ITEM = 64.0;
+constexpr double CELLS_PER_ITEM = 48.0;
 constexpr std::size_t MOST_CELLS = 1u << 15;
 /// Each try makes the cells as much smaller.
 constexpr double SMALLER_CELLS = 0.9;
 /// The rank of a cell has so many digits in single precision that its rounding is small beside it.
 constexpr double MOST_CELLS_ALONG = 256.0;
 /// So many cells away, items are in no list any more.
-constexpr double CELLS_AWAY = 4.0;
+constexpr double CELLS_AWAY = 3.0;
 /// For each cell. Where items lie so close, or overlap so much, that lists are longer, they are of no use.
 constexpr double MOST_LISTED = 64.0;
 /// Of the spacing of the items, how far to look first beyond the nearest, and at least.
@@ -402,40 +402,30 @@ void ClumBroadPhase::makeCells(CTree& io_tree)
     io_tree.cells.farthest = NOWHERE;
     return;
   }
-  std::vector<std::vector<CListed>> lists(static_cast<std::size_t>(cells.counts[0]) * cells.counts[1] *
-                                          cells.counts[2]);
+  std::vector<CEntered> entered;
   for (unsigned int item = 0; item < io_tree.ranks.size(); ++item)
-    listNear(cells, io_tree.firstItem + item, lists);
-  for (std::vector<CListed>& list : lists)
-  {
-    std::sort(list.begin(), list.end(),
-              [](const CListed& i_a, const CListed& i_b)
-              { return i_a.lower < i_b.lower || (i_a.lower == i_b.lower && i_a.item < i_b.item); });
-    list.resize(list.size() + 2, {cells.farthest, io_tree.firstItem}); // they are read two at a time
-    m_cells.push_back({list.front().lower, static_cast<unsigned int>(m_listed.size())});
-    m_listed.insert(m_listed.end(), list.begin(), list.end());
-  }
+    enterNear(cells, io_tree.firstItem + item, entered);
+  sortLists(cells, entered);
 }
 
-/// Enters an item into the lists of the cells near it.
-void ClumBroadPhase::listNear(const CCells& i_cells, unsigned int i_item,
-                              std::vector<std::vector<CListed>>& io_lists) const
+/// Enters an item for each of the cells that are near it.
+void ClumBroadPhase::enterNear(const CCells& i_cells, unsigned int i_item, std::vector<CEntered>& io_entered) const
 {
   const CVolume& item = m_items[i_item];
   // The squares of the gaps to the box and to the centre of the ball, by axis and cell.
   std::vector<double> boxGaps[3], centerGaps[3];
-  int from[3];
+  unsigned int from[3];
   for (unsigned int k = 0; k < 3; ++k)
   {
     const double size = 1.0 / i_cells.scale[k];
     const auto rankOfCell = [&](double i_at)
     {
       const double rank = std::floor((i_at - i_cells.origin[k]) / size);
-      return static_cast<int>(std::min(std::max(rank, 0.0), double(i_cells.last[k])));
+      return static_cast<unsigned int>(std::min(std::max(rank, 0.0), double(i_cells.last[k])));
     };
     from[k] = rankOfCell(item.low[k] - i_cells.farthest - size);
-    const int to = rankOfCell(item.high[k] + i_cells.farthest + size);
-    for (int cell = from[k]; cell <= to; ++cell)
+    const unsigned int to = rankOfCell(item.high[k] + i_cells.farthest + size);
+    for (unsigned int cell = from[k]; cell <= to; ++cell)
     {
       const double low = i_cells.origin[k] + (cell - CELL_ROUNDING) * size;
       const double high = i_cells.origin[k] + (cell + 1.0 + CELL_ROUNDING) * size;
@@ -445,20 +435,56 @@ void ClumBroadPhase::listNear(const CCells& i_cells, unsigned int i_item,
       centerGaps[k].push_back(centerGap * centerGap);
     }
   }
-  for (std::size_t z = 0; z < boxGaps[2].size(); ++z)
-    for (std::size_t y = 0; y < boxGaps[1].size(); ++y)
+  // What is beyond needs no more than squares.
+  const double farthest = i_cells.farthest * double(REACH_ROUNDING) + 2.0 * i_cells.rounding;
+  const double farthestBall = (farthest + item.ball[3]) * (farthest + item.ball[3]);
+  for (unsigned int z = 0; z < boxGaps[2].size(); ++z)
+    for (unsigned int y = 0; y < boxGaps[1].size(); ++y)
     {
       const double boxGap = boxGaps[2][z] + boxGaps[1][y], centerGap = centerGaps[2][z] + centerGaps[1][y];
-      const std::size_t row = (from[2] + z) * i_cells.counts[1] + from[1] + y;
-      for (std::size_t x = 0; x < boxGaps[0].size(); ++x)
+      const unsigned int row = (from[2] + z) * i_cells.counts[1] + from[1] + y;
+      for (unsigned int x = 0; x < boxGaps[0].size(); ++x)
       {
-        const double distance =
-          std::max(std::sqrt(boxGap + boxGaps[0][x]), std::sqrt(centerGap + centerGaps[0][x]) - item.ball[3]);
+        const double box = boxGap + boxGaps[0][x], center = centerGap + centerGaps[0][x];
+        if (box > farthest * farthest || center > farthestBall)
+          continue;
+        const double distance = std::max(std::sqrt(box), std::sqrt(center) - item.ball[3]);
         const float lower = static_cast<float>((distance - i_cells.rounding) * GAP_ROUNDING);
         if (lower < i_cells.farthest)
-          io_lists[row * i_cells.counts[0] + from[0] + x].push_back({lower, i_item});
+          io_entered.push_back({row * i_cells.counts[0] + from[0] + x, {lower, i_item}});
       }
     }
+}
+
+/// Deals what was entered out to the lists of the cells, each in the order of its bounds.
+void ClumBroadPhase::sortLists(const CCells& i_cells, const std::vector<CEntered>& i_entered)
+{
+  // They are read two at a time.
+  const CListed end = {i_cells.farthest, i_entered.empty() ? 0 : i_entered.front().listed.item};
+  constexpr std::size_t ENDS = 2;
+  const std::size_t count = static_cast<std::size_t>(i_cells.counts[0]) * i_cells.counts[1] * i_cells.counts[2];
+  std::vector<std::size_t> places(count + 1, ENDS);
+  for (const CEntered& entered : i_entered)
+    ++places[entered.cell];
+  std::size_t place = m_listed.size();
+  for (std::size_t& next : places)
+  {
+    const std::size_t length = next;
+    next = place;
+    place += length;
+  }
+  m_listed.resize(places.back(), end);
+  std::vector<std::size_t> next(places.begin(), places.end() - 1);
+  for (const CEntered& entered : i_entered)
+    m_listed[next[entered.cell]++] = entered.listed;
+  for (std::size_t cell = 0; cell < count; ++cell)
+  {
+    CListed* const list = m_listed.data() + places[cell];
+    std::sort(list, m_listed.data() + next[cell],
+              [](const CListed& i_a, const CListed& i_b)
+              { return i_a.lower < i_b.lower || (i_a.lower == i_b.lower && i_a.item < i_b.item); });
+    m_cells.push_back({list->lower, static_cast<unsigned int>(places[cell])});
+  }
 }
 
 float ClumBroadPhase::middleOf(const CTree& i_tree, unsigned int i_rank, unsigned int i_axis) const

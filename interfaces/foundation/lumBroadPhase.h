@@ -158,6 +158,11 @@ private:
     float lower; ///< a bound of the distance from any point of the cell
     unsigned int item;
   };
+  struct CEntered
+  {
+    unsigned int cell; ///< among those of the tree
+    CListed listed;
+  };
   /// Cubes that the space which some items take up is cut into. No item is nearer to a point outside than to the point
   /// of the cubes that is nearest to it.
   struct CCells
@@ -202,7 +207,8 @@ private:
   unsigned int treeOver(const std::vector<unsigned int>& i_shapes);
   bool cutIntoCells(const CTree& i_tree, CCells& o_cells) const;
   void makeCells(CTree& io_tree);
-  void listNear(const CCells& i_cells, unsigned int i_item, std::vector<std::vector<CListed>>& io_lists) const;
+  void enterNear(const CCells& i_cells, unsigned int i_item, std::vector<CEntered>& io_entered) const;
+  void sortLists(const CCells& i_cells, const std::vector<CEntered>& i_entered);
   const CVolume& placeBall(unsigned int i_shape);
   const CVolume& placeBall(unsigned int i_shape, const float* i_center);
   const CVolume& volumeOf(unsigned int i_shape);
