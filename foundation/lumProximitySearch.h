@@ -218,6 +218,7 @@ private:
                    TFloats(ball.radius - static_cast<float>(m_slack))))
       return false;
     m_best = 0.0;
+    m_placeA = m_placeB = PROXIMITY_NONE;
     m_countGroups = 0;
     return true;
   }
