@@ -179,19 +179,31 @@ LUM_PROXIMITY_INLINE bool doOverlap(const CProximityBalls& i_balls, const TWideV
   return lanesBelow(dot(d, d), reach * reach) != 0;
 }
 
-/// The squares of lower bounds of the distances of eight points from a triangle of a placed packet: of the height, and
-/// of how far the points are beside one of the edges.
-LUM_PROXIMITY_INLINE TFloats widePlaneSquares(const TWideVectors& i_points, const float i_planes[4][4][4],
-                                              unsigned int i_lane)
+/// Eight points along one of the directions that a placed packet keeps of a triangle, from its offset.
+LUM_PROXIMITY_INLINE TFloats wideOffsets(const TWideVectors& i_points, const float i_plane[4][4], unsigned int i_lane)
 {
-  TFloats offsets[4];
-  for (int k = 0; k < 4; ++k)
+  const TWideVectors direction = {TFloats(i_plane[0][i_lane]), TFloats(i_plane[1][i_lane]),
+                                  TFloats(i_plane[2][i_lane])};
+  return dot(direction, i_points) - TFloats(i_plane[3][i_lane]);
+}
+
+/// The squares of the distances of eight points from a triangle of a placed packet: of the height, and, beside the
+/// face, of the way to the nearest edge in its plane.
+/// @param i_planes of the face, upright on the edges, and across them in their middles.
+/// @param i_halves of the edges' lengths.
+LUM_PROXIMITY_INLINE TFloats wideTriangleSquares(const TWideVectors& i_points, const float i_planes[7][4][4],
+                                                 const float i_halves[3][4], unsigned int i_lane)
+{
+  const TFloats zero(0.0f), height = wideOffsets(i_points, i_planes[0], i_lane);
+  TFloats farthest(-PROXIMITY_LARGEST), nearest(PROXIMITY_LARGEST);
+  for (int k = 0; k < 3; ++k)
   {
-    const float(&plane)[4][4] = i_planes[k];
-    const TWideVectors direction = {TFloats(plane[0][i_lane]), TFloats(plane[1][i_lane]), TFloats(plane[2][i_lane])};
-    offsets[k] = dot(direction, i_points) - TFloats(plane[3][i_lane]);
+    const TFloats beside = wideOffsets(i_points, i_planes[1 + k], i_lane);
+    const TFloats along = magnitude(wideOffsets(i_points, i_planes[4 + k], i_lane));
+    const TFloats beyond = larger(along - TFloats(i_halves[k][i_lane]), zero);
+    farthest = larger(farthest, beside);
+    nearest = smaller(nearest, beside * beside + beyond * beyond);
   }
-  const TFloats beside = larger(larger(offsets[1], offsets[2]), larger(offsets[3], TFloats(0.0f)));
-  return offsets[0] * offsets[0] + beside * beside;
+  return height * height + pick(farthest, zero, nearest, zero);
 }
 } // namespace

@@ -238,7 +238,7 @@ private:
     const TWideVectors centers = {TFloats(i_node.center[0]), TFloats(i_node.center[1]), TFloats(i_node.center[2])};
     TFloats square(PROXIMITY_LARGEST);
     for (unsigned int lane = begin; lane < end; ++lane)
-      square = smaller(square, widePlaneSquares(centers, placed.planes, lane));
+      square = smaller(square, wideTriangleSquares(centers, placed.planes, placed.halves, lane));
     const TFloats x(i_node.half[0]), y(i_node.half[1]), z(i_node.half[2]);
     const TFloats gap = squareRoot(square) - squareRoot((x * x + y * y) + z * z);
     return larger(i_keys, pick(gap, TFloats(0.0f), IS_CONTACT ? gap : gap * gap, i_keys));

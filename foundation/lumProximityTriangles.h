@@ -32,8 +32,10 @@ struct CPlacedPacket
   TDoubles longest;     ///< of the squares
   TVectors across;      ///< normals that are not of unit length
   TDoubles inverses[3]; ///< of these squares
-  /// Direction and offset, triangle by triangle, of the face's plane and of those upright on the edges, outwards.
-  float planes[4][4][4];
+  /// Direction and offset, triangle by triangle: of the face's plane, of those upright on the edges, outwards, and of
+  /// those across the edges in their middles.
+  float planes[7][4][4];
+  float halves[3][4]; ///< of the edges' lengths
 
   void place(const CProximityPacket& i_packet, std::uint32_t i_rank, const CProximityMove& i_move)
   {
@@ -71,12 +73,15 @@ struct CPlacedPacket
       makeEdges();
     hasPlanes = true;
     writePlane(0, normal, corners[0]);
+    const TDoubles half(0.5);
     for (int k = 0; k < 3; ++k)
     {
-      const TDoubles share = TDoubles(1.0) / squareRoot(squares[k]);
-      writePlane(k + 1,
-                 cross(edges[k], normal) * select(squares[k] > TDoubles(i_least * i_least), share, TDoubles(0.0)),
-                 corners[k]);
+      const TDoubles length = squareRoot(squares[k]);
+      const TVectors along =
+        edges[k] * select(squares[k] > TDoubles(i_least * i_least), TDoubles(1.0) / length, TDoubles(0.0));
+      writePlane(1 + k, cross(along, normal), corners[k]);
+      writePlane(4 + k, along, corners[k] + edges[k] * half);
+      writeNumbers(length * half, halves[k]);
     }
   }
 
@@ -92,12 +97,14 @@ private:
   {
     const TDoubles numbers[4] = {i_direction.x, i_direction.y, i_direction.z, dot(i_direction, i_point)};
     for (int i = 0; i < 4; ++i)
-    {
-      alignas(32) double lanes[4];
-      numbers[i].store(lanes);
-      for (int l = 0; l < 4; ++l)
-        planes[i_rank][i][l] = static_cast<float>(lanes[l]);
-    }
+      writeNumbers(numbers[i], planes[i_rank][i]);
+  }
+  static void writeNumbers(const TDoubles& i_numbers, float o_numbers[4])
+  {
+    alignas(32) double lanes[4];
+    i_numbers.store(lanes);
+    for (int l = 0; l < 4; ++l)
+      o_numbers[l] = static_cast<float>(lanes[l]);
   }
 };
 
