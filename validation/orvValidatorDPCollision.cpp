@@ -876,6 +876,7 @@ CorvReportDPCollisionShPtr CorvValidatorDPCollision::makeReport(const CorvDirect
   stamps.testStart = i_settings.testStart;
   stamps.testGoal = i_settings.testGoal;
   stamps.testsSelfCollision = i_settings.tolerances.testsSelfCollision;
+  stamps.isJudged = (!i_collision || i_collision->isActivated()) && (!m_cfgValidator || m_cfgValidator->isActivated());
   if (const CorvDeviceShPtr owner = device())
   {
     stamps.device = owner->version();
@@ -926,7 +927,8 @@ bool CorvValidatorDPCollision::shouldRevalidateDirectPath(const CorvDirectPath& 
   const CorvReportDPCollision::CStamps& made = report->stamps();
   const CorvReportDPCollision::CStamps& asked = now->stamps();
   if (!made.isDecided || made.device != asked.device || made.bodies != asked.bodies || made.scene != asked.scene ||
-      made.testsSelfCollision != asked.testsSelfCollision || report->specificBody() != settings.specificBody)
+      made.testsSelfCollision != asked.testsSelfCollision || made.isJudged != asked.isJudged ||
+      report->specificBody() != settings.specificBody)
     return true;
   if (report->isValid())
   {

@@ -20,6 +20,7 @@ public:
     bool testStart = true;
     bool testGoal = true;
     bool testsSelfCollision = true;
+    bool isJudged = true;  ///< false if the judge of configurations was switched off
     bool isDecided = true; ///< false if the test gave up before it could tell
   };
 

@@ -348,6 +348,19 @@ TEST_F(DPCollision, AJudgeThatIsSwitchedOffLeavesNoReportsToProveBy)
     }
 }
 
+TEST_F(DPCollision, WhatPassedWithoutAJudgeIsJudgedOnceItIsBack)
+{
+  ASSERT_TRUE(device->addObstacleGeometry(boxMesh(0.5, 20.0, 8.0)).succeeded());
+  const CorvDirectPathShPtr motion = path(-3.0, 0.0, 3.0, 0.0);
+  const CorvValidatorShPtr judge = device->collisionValidator();
+  const CorvValidatorShPtr proof = CorvValidatorDPCollision::create(space, judge, 0.5);
+  EXPECT_FALSE(proof->validate(*motion));
+  judge->isActivated(false);
+  EXPECT_TRUE(proof->validate(*motion));
+  judge->isActivated(true);
+  EXPECT_FALSE(proof->validate(*motion));
+}
+
 TEST(DPCollisionScale, AProofCostsTheSameInEveryUnit)
 {
   for (const double relativePenetration : {0.0, 0.02})
