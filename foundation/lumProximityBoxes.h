@@ -187,19 +187,31 @@ LUM_PROXIMITY_INLINE TFloats wideOffsets(const TWideVectors& i_points, const flo
   return dot(direction, i_points) - TFloats(i_plane[3][i_lane]);
 }
 
-/// The squares of the distances of eight points from a triangle of a placed packet: of the height, and, beside the
-/// face, of the way to the nearest edge in its plane.
-/// @param i_planes of the face, upright on the edges, and across them in their middles.
+/// The squares of lower bounds of the distances of eight points from a triangle of a placed packet: of the height, and,
+/// beside the face, of the way in its plane to the farthest of the planes that stand upright on the edges.
+LUM_PROXIMITY_INLINE TFloats widePlaneSquares(const TWideVectors& i_points, const float i_planes[4][4][4],
+                                              unsigned int i_lane)
+{
+  TFloats beside(0.0f);
+  for (int k = 1; k < 4; ++k)
+    beside = larger(beside, wideOffsets(i_points, i_planes[k], i_lane));
+  const TFloats height = wideOffsets(i_points, i_planes[0], i_lane);
+  return height * height + beside * beside;
+}
+
+/// The same, but with the way to the nearest of the edges: the distances themselves.
+/// @param i_middles across the edges in their middles.
 /// @param i_halves of the edges' lengths.
-LUM_PROXIMITY_INLINE TFloats wideTriangleSquares(const TWideVectors& i_points, const float i_planes[7][4][4],
-                                                 const float i_halves[3][4], unsigned int i_lane)
+LUM_PROXIMITY_INLINE TFloats wideTriangleSquares(const TWideVectors& i_points, const float i_planes[4][4][4],
+                                                 const float i_middles[3][4][4], const float i_halves[3][4],
+                                                 unsigned int i_lane)
 {
   const TFloats zero(0.0f), height = wideOffsets(i_points, i_planes[0], i_lane);
   TFloats farthest(-PROXIMITY_LARGEST), nearest(PROXIMITY_LARGEST);
   for (int k = 0; k < 3; ++k)
   {
     const TFloats beside = wideOffsets(i_points, i_planes[1 + k], i_lane);
-    const TFloats along = magnitude(wideOffsets(i_points, i_planes[4 + k], i_lane));
+    const TFloats along = magnitude(wideOffsets(i_points, i_middles[k], i_lane));
     const TFloats beyond = larger(along - TFloats(i_halves[k][i_lane]), zero);
     farthest = larger(farthest, beside);
     nearest = smaller(nearest, beside * beside + beyond * beyond);

@@ -21,6 +21,8 @@ constexpr double PROXIMITY_PARALLEL = 1e-8;
 
 /// A leaf is large beside a box if it is so many times as long.
 constexpr float PROXIMITY_LARGE_LEAF = 4.0f;
+/// Beyond its corners, a large leaf is measured by its edges if the bound is more than such a part of its size.
+constexpr double PROXIMITY_WIDE = 0.0625;
 /// In parts of the size of the pair: the direction of a shorter edge is not known well enough.
 constexpr double PROXIMITY_LEAST_EDGE = 1e-8;
 
@@ -185,7 +187,7 @@ private:
     unsigned int near = lanesBelow(keys, threshold);
     if ((placed.child & PROXIMITY_LEAF) && size(placed) > PROXIMITY_LARGE_LEAF * size(opened) && near != 0)
     {
-      keys = keysToTriangles(side, node, placed.child, keys);
+      keys = keysToTriangles(side, node, placed.child, m_bound > PROXIMITY_WIDE * size(placed), keys);
       near = lanesBelow(keys, threshold);
     }
     if (!IS_CONTACT)
@@ -227,7 +229,8 @@ private:
 
   /// The box of a few large triangles is mostly empty: raises the keys to what keeps the balls around the eight boxes
   /// from the triangles themselves.
-  TFloats keysToTriangles(unsigned int i_side, const CProximityNode& i_node, std::uint32_t i_leaf,
+  /// @param i_isWide what is of interest is so far that much of it lies beyond the corners.
+  TFloats keysToTriangles(unsigned int i_side, const CProximityNode& i_node, std::uint32_t i_leaf, bool i_isWide,
                           const TFloats& i_keys)
   {
     placePacket(i_side, i_leaf & PROXIMITY_PACKET_MASK);
@@ -237,8 +240,16 @@ private:
     const unsigned int begin = (i_leaf >> PROXIMITY_FIRST_SHIFT) & 3u, end = begin + countOf(i_leaf);
     const TWideVectors centers = {TFloats(i_node.center[0]), TFloats(i_node.center[1]), TFloats(i_node.center[2])};
     TFloats square(PROXIMITY_LARGEST);
-    for (unsigned int lane = begin; lane < end; ++lane)
-      square = smaller(square, wideTriangleSquares(centers, placed.planes, placed.halves, lane));
+    if (!i_isWide)
+      for (unsigned int lane = begin; lane < end; ++lane)
+        square = smaller(square, widePlaneSquares(centers, placed.planes, lane));
+    else
+    {
+      if (!placed.hasMiddles)
+        placed.makeMiddles(m_leastEdge);
+      for (unsigned int lane = begin; lane < end; ++lane)
+        square = smaller(square, wideTriangleSquares(centers, placed.planes, placed.middles, placed.halves, lane));
+    }
     const TFloats x(i_node.half[0]), y(i_node.half[1]), z(i_node.half[2]);
     const TFloats gap = squareRoot(square) - squareRoot((x * x + y * y) + z * z);
     return larger(i_keys, pick(gap, TFloats(0.0f), IS_CONTACT ? gap : gap * gap, i_keys));

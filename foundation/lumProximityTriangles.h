@@ -25,6 +25,7 @@ struct CPlacedPacket
   bool hasEdges = false;
   bool hasInverses = false;
   bool hasPlanes = false;
+  bool hasMiddles = false;
   TVectors corners[3];
   TVectors normal;
   TVectors edges[3];
@@ -32,15 +33,15 @@ struct CPlacedPacket
   TDoubles longest;     ///< of the squares
   TVectors across;      ///< normals that are not of unit length
   TDoubles inverses[3]; ///< of these squares
-  /// Direction and offset, triangle by triangle: of the face's plane, of those upright on the edges, outwards, and of
-  /// those across the edges in their middles.
-  float planes[7][4][4];
-  float halves[3][4]; ///< of the edges' lengths
+  /// Direction and offset, triangle by triangle, of the face's plane and of those upright on the edges, outwards.
+  float planes[4][4][4];
+  float middles[3][4][4]; ///< of the planes across the edges in their middles
+  float halves[3][4];     ///< of the edges' lengths
 
   void place(const CProximityPacket& i_packet, std::uint32_t i_rank, const CProximityMove& i_move)
   {
     rank = i_rank;
-    hasEdges = hasInverses = hasPlanes = false;
+    hasEdges = hasInverses = hasPlanes = hasMiddles = false;
     for (int k = 0; k < 3; ++k)
     {
       const TDoubles x(i_packet.corners[k][0]), y(i_packet.corners[k][1]), z(i_packet.corners[k][2]);
@@ -72,20 +73,29 @@ struct CPlacedPacket
     if (!hasEdges)
       makeEdges();
     hasPlanes = true;
-    writePlane(0, normal, corners[0]);
+    writePlane(normal, corners[0], planes[0]);
+    for (int k = 0; k < 3; ++k)
+      writePlane(cross(edges[k], normal) * shareOf(k, i_least), corners[k], planes[k + 1]);
+  }
+  void makeMiddles(double i_least)
+  {
+    if (!hasEdges)
+      makeEdges();
+    hasMiddles = true;
     const TDoubles half(0.5);
     for (int k = 0; k < 3; ++k)
     {
-      const TDoubles length = squareRoot(squares[k]);
-      const TVectors along =
-        edges[k] * select(squares[k] > TDoubles(i_least * i_least), TDoubles(1.0) / length, TDoubles(0.0));
-      writePlane(1 + k, cross(along, normal), corners[k]);
-      writePlane(4 + k, along, corners[k] + edges[k] * half);
-      writeNumbers(length * half, halves[k]);
+      writePlane(edges[k] * shareOf(k, i_least), corners[k] + edges[k] * half, middles[k]);
+      writeNumbers(squareRoot(squares[k]) * half, halves[k]);
     }
   }
 
 private:
+  TDoubles shareOf(int i_edge, double i_least) const
+  {
+    const TDoubles& square = squares[i_edge];
+    return select(square > TDoubles(i_least * i_least), TDoubles(1.0) / squareRoot(square), TDoubles(0.0));
+  }
   static TVectors turned(const CProximityMove& i_move, const TDoubles& x, const TDoubles& y, const TDoubles& z)
   {
     const auto row = [&](int r) {
@@ -93,11 +103,12 @@ private:
     };
     return {row(0), row(1), row(2)};
   }
-  void writePlane(int i_rank, const TVectors& i_direction, const TVectors& i_point)
+  static void writePlane(const TVectors& i_direction, const TVectors& i_point, float o_plane[4][4])
   {
-    const TDoubles numbers[4] = {i_direction.x, i_direction.y, i_direction.z, dot(i_direction, i_point)};
-    for (int i = 0; i < 4; ++i)
-      writeNumbers(numbers[i], planes[i_rank][i]);
+    writeNumbers(i_direction.x, o_plane[0]);
+    writeNumbers(i_direction.y, o_plane[1]);
+    writeNumbers(i_direction.z, o_plane[2]);
+    writeNumbers(dot(i_direction, i_point), o_plane[3]);
   }
   static void writeNumbers(const TDoubles& i_numbers, float o_numbers[4])
   {
