@@ -576,7 +576,7 @@ TEST(ProximityOracle, OpenShapesHaveNoInnerBalls)
 
 TEST(ProximityOracle, SolidsThatReachDeepIntoEachOther)
 {
-  const unsigned int segments = 8, partTriangles = 2 * segments * (segments - 1);
+  const unsigned int segments = 9, partTriangles = 2 * segments * (segments - 1);
   const ClumMeshShPtr ball = sphereMesh(1.0, segments), small = sphereMesh(0.3, segments);
   const std::vector<Specimen> specimens = {ball,
                                            small,
