@@ -25,7 +25,6 @@
 
 namespace
 {
-constexpr std::size_t COUNT_OF_REFINED = 5000;
 constexpr double PENETRATION = 1.0;
 /// Random step and longest motion, in radians.
 constexpr double DEVIATION = 1.5;
@@ -47,7 +46,7 @@ CorvJointShPtr axis(double i_height, const ClumVect3& i_direction, double i_rang
 {
   const CorvJointShPtr joint = CorvJointRotation::create(ClumVect3(0.0, 0.0, i_height), i_direction, ClumMat4::Z_AXIS);
   joint->dof(0)->boundWithin(-i_range, i_range);
-  const ClumMeshShPtr link = refined(*i_link);
+  const ClumMeshShPtr link = refined(*i_link, FINE);
   link->position(at(0.0, 0.0, i_linkHeight));
   joint->addMobileGeometry(link);
   return joint;
@@ -55,7 +54,7 @@ CorvJointShPtr axis(double i_height, const ClumVect3& i_direction, double i_rang
 
 void addBoard(const CorvDeviceShPtr& i_device, const ClumMat4& i_middle, double i_sizeX, double i_sizeY, double i_sizeZ)
 {
-  const ClumMeshShPtr board = refined(*boxMesh(i_sizeX, i_sizeY, i_sizeZ));
+  const ClumMeshShPtr board = refined(*boxMesh(i_sizeX, i_sizeY, i_sizeZ), FINE);
   board->position(i_middle);
   i_device->addObstacleGeometry(board);
 }
@@ -74,26 +73,6 @@ private:
 };
 } // namespace
 
-ClumMeshShPtr refined(const ClumMesh& i_mesh)
-{
-  std::vector<ClumPoint3> vertices = i_mesh.vertices();
-  std::vector<ClumMesh::TTriangle> triangles = i_mesh.triangles();
-  while (triangles.size() < COUNT_OF_REFINED)
-  {
-    std::vector<ClumMesh::TTriangle> finer;
-    for (const auto& [a, b, c] : triangles)
-    {
-      const unsigned int ab = static_cast<unsigned int>(vertices.size());
-      for (const auto& [from, to] : {std::make_pair(a, b), std::make_pair(b, c), std::make_pair(c, a)})
-        vertices.push_back(vertices[from] + (vertices[to] - vertices[from]) * 0.5);
-      const unsigned int bc = ab + 1, ca = ab + 2;
-      finer.insert(finer.end(), {{a, ab, ca}, {ab, b, bc}, {ca, bc, c}, {ab, bc, ca}});
-    }
-    triangles.swap(finer);
-  }
-  return ClumMesh::create(vertices, triangles);
-}
-
 CorvDeviceShPtr meshArmAtShelf()
 {
   const ClumVect3 y(0.0, 1.0, 0.0), z(0.0, 0.0, 1.0);
@@ -103,7 +82,7 @@ CorvDeviceShPtr meshArmAtShelf()
                                               axis(1000.0, z, 3.1, cylinderMesh(40.0, 300.0, 40), 1165.0),
                                               axis(1350.0, y, 2.1, cylinderMesh(35.0, 120.0, 40), 1380.0),
                                               axis(1430.0, z, 3.1, boxMesh(60.0, 120.0, 60.0), 1460.0)};
-  const ClumMeshShPtr carried = refined(*boxMesh(140.0, 200.0, 120.0));
+  const ClumMeshShPtr carried = refined(*boxMesh(140.0, 200.0, 120.0), FINE);
   carried->position(at(0.0, 0.0, 1551.0));
   joints.back()->addMobileGeometry(carried);
   for (unsigned int i = 0; i + 1 < joints.size(); ++i)

@@ -3,8 +3,10 @@
 #include "foundation/handles.h"
 #include "kinematics/handles.h"
 
-/// The same surface with every triangle cut into four again and again, until there are 5,000 triangles.
-ClumMeshShPtr refined(const ClumMesh& i_mesh);
+#include <cstddef>
+
+/// Triangles of a fine mesh, at least.
+constexpr std::size_t FINE = 5000;
 
 /// The six-axis arm of the examples, with a carried box, among the boards of a shelf; all shapes refined meshes. Bodies
 /// that are no neighbours are tested against each other. Lengths are in millimetres.

@@ -5,6 +5,8 @@
 #include "timedToolkit.h"
 #include "windowScene.h"
 
+#include "support/meshes.h"
+
 #include "foundation/lumFCLCollisionToolkit.h"
 #include "foundation/lumMesh.h"
 #include "foundation/lumMeshReader.h"
@@ -36,7 +38,7 @@ bool writeFine(const std::string& i_file, const std::string& i_fineFile)
   ClumMeshReader::CResult read;
   if (ClumMeshReader::read(i_file, read).failed())
     return false;
-  const ClumMeshShPtr mesh = refined(*read.mesh);
+  const ClumMeshShPtr mesh = refined(*read.mesh, FINE);
   std::ofstream out(i_fineFile);
   out.precision(9);
   for (const ClumPoint3& vertex : mesh->vertices())

@@ -140,36 +140,10 @@ struct Placed
 
 // Meshes.
 
-/// Cuts every triangle into four until there are about as many as asked for.
-ClumMeshShPtr refined(const ClumMeshShPtr& i_mesh, std::size_t i_triangles)
-{
-  ClumMeshShPtr mesh = i_mesh;
-  while (2 * mesh->triangles().size() < i_triangles)
-  {
-    std::vector<ClumPoint3> vertices = mesh->vertices();
-    std::vector<ClumMesh::TTriangle> triangles;
-    std::map<std::pair<unsigned int, unsigned int>, unsigned int> middles;
-    const auto middle = [&](unsigned int a, unsigned int b)
-    {
-      const auto [entry, isNew] = middles.emplace(std::minmax(a, b), static_cast<unsigned int>(vertices.size()));
-      if (isNew)
-        vertices.emplace_back((vertices[a].toVect3() + vertices[b].toVect3()) * 0.5);
-      return entry->second;
-    };
-    for (const auto [a, b, c] : mesh->triangles())
-    {
-      const unsigned int ab = middle(a, b), bc = middle(b, c), ca = middle(c, a);
-      triangles.insert(triangles.end(), {{a, ab, ca}, {ab, b, bc}, {ca, bc, c}, {ab, bc, ca}});
-    }
-    mesh = ClumMesh::create(vertices, triangles);
-  }
-  return mesh;
-}
-
 /// A square bar along x, turned once along its length.
 ClumMeshShPtr twistedBar(unsigned int i_triangles)
 {
-  const ClumMeshShPtr straight = refined(longBar(3.0, 0.3), i_triangles);
+  const ClumMeshShPtr straight = refined(*longBar(3.0, 0.3), i_triangles / 2);
   std::vector<ClumPoint3> vertices;
   for (const ClumPoint3& p : straight->vertices())
   {
@@ -188,7 +162,7 @@ std::vector<Body> movers(unsigned int i_triangles)
   bodies.emplace_back("sphere", sphereMesh(1.0, segments));
   bodies.emplace_back("knot", torusKnot(2, 3, 1.0, 0.15, i_triangles / 2 / around, around));
   bodies.emplace_back("bar", twistedBar(i_triangles));
-  bodies.emplace_back("L", refined(lPart(2.0, 1.5, 0.4), i_triangles));
+  bodies.emplace_back("L", refined(*lPart(2.0, 1.5, 0.4), i_triangles / 2));
   return bodies;
 }
 

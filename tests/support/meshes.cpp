@@ -2,8 +2,11 @@
 
 #include "foundation/lumMat4.h"
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <random>
+#include <utility>
 
 namespace
 {
@@ -212,4 +215,29 @@ ClumMeshShPtr moved(const ClumMesh& i_mesh, const ClumMat4& i_frame, double i_sc
   for (const ClumPoint3& vertex : i_mesh.vertices())
     vertices.push_back(i_frame * ClumPoint3(vertex.toVect3() * i_scale));
   return ClumMesh::create(vertices, i_mesh.triangles());
+}
+
+ClumMeshShPtr refined(const ClumMesh& i_mesh, std::size_t i_least)
+{
+  std::vector<ClumPoint3> vertices = i_mesh.vertices();
+  std::vector<TTriangle> triangles = i_mesh.triangles();
+  while (triangles.size() < i_least)
+  {
+    std::map<std::pair<unsigned int, unsigned int>, unsigned int> middles;
+    const auto middle = [&](unsigned int i_a, unsigned int i_b)
+    {
+      const auto [entry, isNew] = middles.emplace(std::minmax(i_a, i_b), static_cast<unsigned int>(vertices.size()));
+      if (isNew)
+        vertices.emplace_back((vertices[i_a].toVect3() + vertices[i_b].toVect3()) * 0.5);
+      return entry->second;
+    };
+    std::vector<TTriangle> finer;
+    for (const auto& [a, b, c] : triangles)
+    {
+      const unsigned int ab = middle(a, b), bc = middle(b, c), ca = middle(c, a);
+      finer.insert(finer.end(), {{a, ab, ca}, {ab, b, bc}, {ca, bc, c}, {ab, bc, ca}});
+    }
+    triangles.swap(finer);
+  }
+  return ClumMesh::create(vertices, triangles);
 }

@@ -3,6 +3,8 @@
 #include "foundation/handles.h"
 #include "foundation/lumMesh.h"
 
+#include <cstddef>
+
 // Meshes made in code. All are closed, but where told otherwise.
 
 /// A box of 12 triangles around the origin, of the full sizes given.
@@ -30,3 +32,5 @@ ClumMeshShPtr clutter(unsigned int i_seed, unsigned int i_count, double i_extent
 ClumMeshShPtr joined(const std::vector<ClumPlacedLeaf>& i_meshes);
 /// A mesh of the same triangles, moved and scaled: the scale first.
 ClumMeshShPtr moved(const ClumMesh& i_mesh, const ClumMat4& i_frame, double i_scale = 1.0);
+/// The same surface with every triangle cut into four again and again, until there are at least so many.
+ClumMeshShPtr refined(const ClumMesh& i_mesh, std::size_t i_least);
