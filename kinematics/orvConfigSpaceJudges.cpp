@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <typeinfo>
-#include <utility>
 
 namespace
 {
@@ -118,7 +117,7 @@ std::vector<unsigned int> applyVariants(const TConstraints& i_constraints, const
 }
 } // namespace
 
-ShPtr<const CorvConfigSpace::CConstraintCache> CorvConfigSpace::constraintCache() const
+const ShPtr<const CorvConfigSpace::CConstraintCache>& CorvConfigSpace::constraintCache() const
 {
   if (m_wrapped)
     return m_wrapped->constraintCache();
@@ -147,8 +146,7 @@ ShPtr<const CorvConfigSpace::CConstraintCache> CorvConfigSpace::constraintCache(
     }
     cache->steps.push_back(step);
   }
-  m_constraintCache = cache;
-  return cache;
+  return m_constraintCache = cache;
 }
 
 void CorvConfigSpace::updatePassiveSpaceDataInCache() const
@@ -389,9 +387,9 @@ lmStatus CorvConfigSpace::lockConstantDofs()
 
 bool CorvConfigSpace::applyConstraintsOn(CorvConfig& io_cfg, const ClumParameterMapConstShPtr& i_params) const
 {
-  const CorvConfigSpace& space = unwrapped();
-  if (space.m_constraintCache && space.m_constraintCache->steps.empty())
+  if (constraintCache()->steps.empty())
     return true;
+  // Applying a constraint may drop the cache.
   const ShPtr<const CConstraintCache> cache = constraintCache();
   for (const CConstraintCache::CStep& step : cache->steps)
   {
@@ -412,7 +410,7 @@ bool CorvConfigSpace::applyConstraintsOn(CorvConfig& io_cfg, const ClumParameter
   return true;
 }
 
-ShPtr<const CorvConfigSpace::CValidatorCache> CorvConfigSpace::validatorCache() const
+const ShPtr<const CorvConfigSpace::CValidatorCache>& CorvConfigSpace::validatorCache() const
 {
   if (m_wrapped)
     return m_wrapped->validatorCache();
@@ -438,8 +436,7 @@ ShPtr<const CorvConfigSpace::CValidatorCache> CorvConfigSpace::validatorCache() 
     }
     cache->steps.push_back(step);
   }
-  m_validatorCache = cache;
-  return cache;
+  return m_validatorCache = cache;
 }
 
 bool CorvConfigSpace::applyValidatorsOn(const CorvConfig& i_cfg, const ClumParameterMapConstShPtr& i_params) const
@@ -470,16 +467,15 @@ bool CorvConfigSpace::applyValidatorsOn(const CorvConfig& i_cfg, const ClumParam
     scratch->setPointer(key, const_cast<CorvConfigSpace*>(this));
     scratch->setBase(i_params);
   }
-  ClumParameterMap* const own = scratch.get();
-  ClumParameterMapConstShPtr params = own ? ClumParameterMapConstShPtr(std::move(scratch)) : i_params;
+  const ClumParameterMapConstShPtr params = scratch ? ClumParameterMapConstShPtr(scratch) : i_params;
   bool isValid = true;
   for (auto step = first; isValid && step != cache->steps.end(); ++step)
     if (needsCall(*step))
       isValid = runValidator(*step->validator, step->rank, i_cfg, params);
-  if (own)
+  if (scratch)
   {
-    own->setBase(ClumParameterMapConstShPtr());
-    m_validationParams = boost::const_pointer_cast<ClumParameterMap>(std::move(params));
+    scratch->setBase(ClumParameterMapConstShPtr());
+    m_validationParams.swap(scratch);
   }
   return isValid;
 }

@@ -66,13 +66,14 @@ void shiftFrame(ClumMat4& io_frame, const ClumVect3& i_shift)
   io_frame.setTranslation(io_frame.translation() + io_frame * i_shift);
 }
 
+constexpr ClumMat4::EBaseVector BASE_VECTORS[3] = {ClumMat4::X_AXIS, ClumMat4::Y_AXIS, ClumMat4::Z_AXIS};
+
 /// Multiplies by the rotations about x, y and z, noting each axis where it stands when its turn comes.
 void turnFrameByAngles(ClumMat4& io_frame, const double* i_angles, unsigned int i_count, ClumVect3* o_axes)
 {
-  static constexpr ClumMat4::EBaseVector AXES[3] = {ClumMat4::X_AXIS, ClumMat4::Y_AXIS, ClumMat4::Z_AXIS};
   for (unsigned int i = 0; i < i_count; ++i)
   {
-    o_axes[i] = io_frame.axis(AXES[i]);
+    o_axes[i] = io_frame.axis(BASE_VECTORS[i]);
     turnFrame(io_frame, i, i_angles[i]);
   }
 }
@@ -114,24 +115,6 @@ bool isKept(const double* i_numbers, std::vector<double>& io_kept)
     return true;
   std::copy(i_numbers, i_numbers + io_kept.size(), io_kept.begin());
   return false;
-}
-
-/// The square of the largest length of shift + turn x p over the points of packs.
-template <class PACK>
-double largestSquaredSpeed(const PACK* i_begin, const PACK* i_end, const ClumVect3& i_shift, const ClumVect3& i_turn)
-{
-  const double a = i_turn.x(), b = i_turn.y(), c = i_turn.z();
-  double squares[4] = {0.0, 0.0, 0.0, 0.0};
-  for (const PACK* pack = i_begin; pack != i_end; ++pack)
-    for (unsigned int i = 0; i < 4; ++i)
-    {
-      const double x = i_shift.x() + (b * pack->z[i] - c * pack->y[i]);
-      const double y = i_shift.y() + (c * pack->x[i] - a * pack->z[i]);
-      const double z = i_shift.z() + (a * pack->y[i] - b * pack->x[i]);
-      const double square = x * x + y * y + z * z;
-      squares[i] = square > squares[i] ? square : squares[i];
-    }
-  return std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3]));
 }
 
 /// The direction in the coordinates of a frame.
@@ -358,11 +341,10 @@ void CorvDeviceTable::forgetBounds() const
 void CorvDeviceTable::applyEffect(const CJointRow& i_row, const double* i_values, ClumMat4& io_frame,
                                   CMotion& io_motion)
 {
-  static constexpr ClumMat4::EBaseVector AXES[3] = {ClumMat4::X_AXIS, ClumMat4::Y_AXIS, ClumMat4::Z_AXIS};
   ClumVect3* const axes = io_motion.axes;
   if (i_row.kind == PLANE || i_row.kind == FREE)
     for (unsigned int i = 0; i < 3; ++i)
-      io_motion.ways[i] = io_frame.axis(AXES[i]);
+      io_motion.ways[i] = io_frame.axis(BASE_VECTORS[i]);
   switch (i_row.kind)
   {
   case FIXED: break;
@@ -405,10 +387,9 @@ lmStatus CorvDeviceTable::prepare(const CStart& i_start) const
     m_hasRates = false;
     m_isStraight = i_start.isStraight;
     forgetBounds();
-    std::vector<double>& speeds = m_speeds;
-    std::transform(m_rates.begin(), m_rates.end(), speeds.begin(), [](double i_rate) { return std::fabs(i_rate); });
+    std::transform(m_rates.begin(), m_rates.end(), m_speeds.begin(), [](double i_rate) { return std::fabs(i_rate); });
     for (std::size_t j = 0; j < m_joints.size(); ++j)
-      if (setRates(m_joints[j], speeds.data() + m_joints[j].firstDof, m_motions[j]).failed())
+      if (setRates(m_joints[j], m_speeds.data() + m_joints[j].firstDof, m_motions[j]).failed())
         return lmStatus::FAILURE;
     m_hasRates = true;
     m_advance = -1.0;
@@ -579,18 +560,19 @@ double CorvDeviceTable::largestReach(const CPointPack* i_begin, const CPointPack
   return std::sqrt(std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3])));
 }
 
-/// The distance of the farthest point from an axis through an origin.
-double CorvDeviceTable::largestLever(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin,
-                                     const ClumVect3& i_axis)
+/// The largest length of shift + turn x p over the points.
+double CorvDeviceTable::largestSpeed(const CPointPack* i_begin, const CPointPack* i_end, const ClumVect3& i_shift,
+                                     const ClumVect3& i_turn)
 {
-  const double a = i_axis.x(), b = i_axis.y(), c = i_axis.z();
+  const double a = i_turn.x(), b = i_turn.y(), c = i_turn.z();
   double squares[4] = {0.0, 0.0, 0.0, 0.0};
   for (const CPointPack* pack = i_begin; pack != i_end; ++pack)
     for (unsigned int i = 0; i < 4; ++i)
     {
-      const double x = pack->x[i] - i_origin.x(), y = pack->y[i] - i_origin.y(), z = pack->z[i] - i_origin.z();
-      const double crossX = y * c - z * b, crossY = z * a - x * c, crossZ = x * b - y * a;
-      const double square = crossX * crossX + crossY * crossY + crossZ * crossZ;
+      const double x = i_shift.x() + (b * pack->z[i] - c * pack->y[i]);
+      const double y = i_shift.y() + (c * pack->x[i] - a * pack->z[i]);
+      const double z = i_shift.z() + (a * pack->y[i] - b * pack->x[i]);
+      const double square = x * x + y * y + z * z;
       squares[i] = square > squares[i] ? square : squares[i];
     }
   return std::sqrt(std::max(std::max(squares[0], squares[1]), std::max(squares[2], squares[3])));
@@ -611,7 +593,11 @@ void CorvDeviceTable::measureLevers(const CBodyRow& i_body, const ClumPoint3& i_
     const double margin = group.radius + LEVER_ROUNDING * (reach + i_height);
     whole = std::max(whole, reach + margin);
     for (unsigned int i = i_first; i < i_last; ++i)
-      levers[i] = std::max(levers[i], largestLever(begin, end, i_origin, i_axes[i]) + margin);
+    {
+      // The distance from an axis is the speed of turning about it at the rate 1.
+      const double lever = largestSpeed(begin, end, i_origin.toVect3() * i_axes[i], i_axes[i]);
+      levers[i] = std::max(levers[i], lever + margin);
+    }
   }
   std::copy(levers + i_first, levers + i_last, o_term.levers + i_first);
   o_term.wholeLever = whole;
@@ -670,7 +656,14 @@ void CorvDeviceTable::setSpeed(const CBodyRow& i_body, CBound& io_bound) const
     addVelocity(term, place, shift, turn);
   }
   const ClumMat4& home = m_frames[i_body.mover];
-  const double speed = largestSpeed(i_body, turnedBack(home, shift), turnedBack(home, turn));
+  shift = turnedBack(home, shift);
+  turn = turnedBack(home, turn);
+  double speed = 0.0;
+  for (const CPointGroup& group : i_body.groups)
+  {
+    const CPointPack* const begin = i_body.points.data() + group.first;
+    speed = std::max(speed, largestSpeed(begin, begin + group.count, shift, turn) + group.radius * turn.norm());
+  }
   io_bound.speed = (speed + LEVER_ROUNDING * (moved + doubt)) * DISPLACEMENT_SAFETY;
   io_bound.growth = growth * DISPLACEMENT_SAFETY;
 }
@@ -693,19 +686,6 @@ void CorvDeviceTable::addVelocity(const CTerm& i_term, const ClumVect3& i_place,
   if (!i_term.isOwn)
     io_shift += turn * (i_place - m_frames[i_term.joint].translation());
   io_turn += turn;
-}
-
-/// The largest speed of a point of a body that moves by shift + turn x p in its mover's frame.
-double CorvDeviceTable::largestSpeed(const CBodyRow& i_body, const ClumVect3& i_shift, const ClumVect3& i_turn)
-{
-  double largest = 0.0;
-  for (const CPointGroup& group : i_body.groups)
-  {
-    const CPointPack* const begin = i_body.points.data() + group.first;
-    const double square = largestSquaredSpeed(begin, begin + group.count, i_shift, i_turn);
-    largest = std::max(largest, std::sqrt(square) + group.radius * i_turn.norm());
-  }
-  return largest;
 }
 
 double CorvDeviceTable::speedBound(const CBound& i_bound, double i_advance)

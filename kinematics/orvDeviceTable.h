@@ -161,14 +161,13 @@ private:
   void setTermLevers(const CBodyRow& i_body, CTerm& io_term) const;
   static void setOwnLevers(const CBodyRow& i_body, const CJointRow& i_mover, CTerm& o_term);
   static double largestReach(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin);
-  static double largestLever(const CPointPack* i_begin, const CPointPack* i_end, const ClumPoint3& i_origin,
-                             const ClumVect3& i_axis);
+  static double largestSpeed(const CPointPack* i_begin, const CPointPack* i_end, const ClumVect3& i_shift,
+                             const ClumVect3& i_turn);
   static void measureLevers(const CBodyRow& i_body, const ClumPoint3& i_origin, const ClumVect3* i_axes,
                             unsigned int i_first, unsigned int i_last, double i_height, CTerm& o_term);
   const CBound& boundOf(std::size_t i_body) const;
   void setSpeed(const CBodyRow& i_body, CBound& io_bound) const;
   void addVelocity(const CTerm& i_term, const ClumVect3& i_place, ClumVect3& io_shift, ClumVect3& io_turn) const;
-  static double largestSpeed(const CBodyRow& i_body, const ClumVect3& i_shift, const ClumVect3& i_turn);
   static double speedBound(const CBound& i_bound, double i_advance);
   static double advanceAtSpeed(const CBound& i_bound, double i_allowance);
   double slopeAtZero(const CTerm& i_term) const;

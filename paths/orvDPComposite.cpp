@@ -194,14 +194,10 @@ bool CorvDPComposite::getStraightVelocity(std::vector<double>& o_velocity) const
   const double length = isReversed() ? -privateLength() : privateLength();
   if (isStraight())
     return orvGetStraightVelocity(privateStart(), privateEnd(), length, o_velocity);
-  // What no child moves stands still, unless it is computed.
-  const CorvConfigSpace& space = *privateStart().space();
-  const double* start = privateStart().beginPtr();
-  const double* end = privateEnd().beginPtr();
+  if (orvMovesPassiveDof(privateStart(), privateEnd()))
+    return false;
+  // What no child moves stands still.
   o_velocity.assign(privateStart().size(), 0.0);
-  for (unsigned int i = 0; i < o_velocity.size(); ++i)
-    if (start[i] != end[i] && space.isDofPassive(i))
-      return false;
   std::vector<double> childVelocity;
   for (const CorvDirectPathShPtr& child : m_directPaths)
     if (isMovingChild(child) && !addChildVelocity(*child, child->length() / length, childVelocity, o_velocity))

@@ -70,8 +70,7 @@ void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end,
     o_rates[i] = std::fabs(straightRate(space, i, start[i], end[i], i_length));
 }
 
-bool orvGetStraightVelocity(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
-                            std::vector<double>& o_velocity)
+bool orvMovesPassiveDof(const CorvConfig& i_start, const CorvConfig& i_end)
 {
   const CorvConfigSpace& space = *i_start.space();
   const double* start = i_start.beginPtr();
@@ -79,9 +78,20 @@ bool orvGetStraightVelocity(const CorvConfig& i_start, const CorvConfig& i_end, 
   const unsigned int count = i_start.size();
   for (unsigned int i = 0; i < count; ++i)
     if (start[i] != end[i] && space.isDofPassive(i))
-      return false;
-  o_velocity.resize(count);
-  for (unsigned int i = 0; i < count; ++i)
+      return true;
+  return false;
+}
+
+bool orvGetStraightVelocity(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
+                            std::vector<double>& o_velocity)
+{
+  if (orvMovesPassiveDof(i_start, i_end))
+    return false;
+  const CorvConfigSpace& space = *i_start.space();
+  const double* start = i_start.beginPtr();
+  const double* end = i_end.beginPtr();
+  o_velocity.resize(i_start.size());
+  for (unsigned int i = 0; i < o_velocity.size(); ++i)
     o_velocity[i] = straightRate(space, i, start[i], end[i], i_length);
   return true;
 }

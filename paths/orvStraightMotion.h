@@ -25,6 +25,8 @@ void orvInterpolateStraight(const CorvConfig& i_start, const CorvConfig& i_end, 
 /// infinite rate.
 void orvComputeStraightRates(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
                              std::vector<double>& o_rates);
-/// The same with their signs. @return false if a passive dof differs between the ends: it does not move straight.
+/// True if a passive dof differs between the ends: it does not move straight.
+bool orvMovesPassiveDof(const CorvConfig& i_start, const CorvConfig& i_end);
+/// The rates with their signs. @return false if a passive dof differs between the ends.
 bool orvGetStraightVelocity(const CorvConfig& i_start, const CorvConfig& i_end, double i_length,
                             std::vector<double>& o_velocity);

@@ -223,16 +223,10 @@ private:
     const CorvDevice* collisionDevice = m_collision ? m_collision->bareDevice() : nullptr;
     if (!collisionDevice || collisionDevice != m_device.get())
       return;
-    // What the caller says, with what was set above; the caller's parameters are often few enough to be passed by.
     std::vector<double> needs;
     needs.swap(m_query.needs);
-    m_query = m_collision->makeQuery(i_params);
+    m_query = m_collision->makeQuery(m_params);
     m_query.needs.swap(needs);
-    m_query.reportsMaxAllowableDistances = true;
-    if (isExact() || m_validator.m_alwaysUseExactDistance)
-      m_query.precision = m_validator.m_exactDistancePrecision;
-    if ((isExact() || m_validator.m_alwaysUseExactDistance) && m_query.distanceMode == 0)
-      m_query.method = CorvCollisionQuery::EXACT_DISTANCE;
     m_query.device = m_device.get();
     m_query.slack = slack();
     m_query.isExact = isExact();

@@ -266,8 +266,8 @@ private:
   void updateCache() const;
   void fillCache(const CorvConfigSpace& i_space) const;
   void updatePassiveSpaceDataInCache() const;
-  ShPtr<const CConstraintCache> constraintCache() const;
-  ShPtr<const CValidatorCache> validatorCache() const;
+  const ShPtr<const CConstraintCache>& constraintCache() const;
+  const ShPtr<const CValidatorCache>& validatorCache() const;
   bool runValidator(const CorvValidator& i_validator, unsigned int i_rank, const CorvConfig& i_cfg,
                     const ClumParameterMapConstShPtr& i_params) const;
 
